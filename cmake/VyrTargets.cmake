@@ -1,0 +1,38 @@
+# What every target of the project shares: warnings, sanitizers and Qt's stricter rules.
+
+option(VYR_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+add_library(vyr_options INTERFACE)
+target_compile_options(vyr_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wformat=2 -Wundef -Werror)
+target_compile_definitions(vyr_options INTERFACE
+  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
+  QT_USE_QSTRINGBUILDER QT_DEPRECATED_WARNINGS QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
+if(VYR_SANITIZE)
+  target_compile_options(vyr_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  target_link_options(vyr_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# vyr_add_library(NAME SOURCES... ): one static library of src/, reached as "folder/Header.h".
+function(vyr_add_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_link_libraries(${name} PRIVATE vyr_options)
+endfunction()
+
+# vyr_add_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds])
+# One QtTest program, run by CTest on the offscreen platform with settings and home of its own.
+function(vyr_add_test name)
+  cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE vyr_options Qt5::Test ${arg_LIBRARIES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT ${arg_TIMEOUT}
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name};LC_ALL=C.UTF-8")
+endfunction()

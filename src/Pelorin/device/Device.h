@@ -1,0 +1,133 @@
+#pragma once
+
+#include "device/DeviceTypes.h"
+#include "device/FirmwareVersion.h"
+#include "device/ResultCodes.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QObject>
+#include <QSerialPort>
+#include <QString>
+#include <QTimer>
+
+class channel;
+
+/// The link to the one illuminator: it owns the serial port, finds and identifies the device, polls its
+/// state and carries every command. All operations return a DeviceResult code (see ResultCodes.h).
+///
+/// Everything runs on the thread that created the object. An operation that waits for a reply sleeps in
+/// the event loop, so timers and user actions run inside it; the Device must outlive every such call.
+class Device : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Device(QObject* parent = nullptr);
+    ~Device() override;
+
+    // --- Transport ---------------------------------------------------------------------------------
+    bool isOpen() const;
+    /// Name of the port in use, or last asked for.
+    QString portName() const { return m_portName; }
+    /// Bytes handed to the system, -1 when the port is not open. Less than the command's length means a
+    /// short write, whose rest is dropped.
+    qint64 writeCommand(const QByteArray& bytes);
+    void flushInput();
+    /// Sends `command` (with its line feed) and waits up to 1500 ms for the reply; `reply` is left alone
+    /// on failure.
+    int transaction(const QByteArray& command, QString& reply);
+    /// A transaction whose reply is only logged; 0 without doing anything when the port is not open.
+    int sendCommand(const char* text);
+    /// Sends "goloader" or "goapp" and waits up to 45 s for the answer.
+    int sendGoCommand(const char* text);
+    /// Sends `command` (with its line feed) without waiting, or queues it while the line is in use.
+    int sendOrEnqueue(const QByteArray& command);
+    int drainQueue();
+    int waitWhileBusy();
+    /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
+    void writeRaw(const QByteArray& bytes);
+    /// Ends every wait now and lets none begin: from here on operations return NotOpen. For the end of
+    /// the program, which must not hang on a device that is silent.
+    void shutDown();
+
+    // --- Connection (see DeviceConnection.cpp) -----------------------------------------------------
+    DeviceMode deviceMode() const { return m_deviceMode; }
+    /// True while the port is open and the application image answered its identification.
+    bool isApplicationConnected() const;
+    /// The device told that it reprograms its laser controller: it is left alone from here on.
+    void setUpdatingLaserController();
+    const ImageVersion& runningVersion() const { return m_runningVersion; }
+    const ImageVersion& applicationVersion() const { return m_applicationVersion; }
+    const ImageVersion& loaderVersion() const { return m_loaderVersion; }
+    bool applicationValid() const { return m_applicationValid; }
+    bool loaderValid() const { return m_loaderValid; }
+    const NecselControllerInfo& necselController() const { return m_necselController; }
+    /// True when the running firmware knows the channel record and the newer record address.
+    bool isVersionAboveConfigLimit() const;
+
+    // --- Last states told by the device (see DevicePolling.cpp) ------------------------------------
+    bool faultState() const { return m_faultState; }
+    bool warningState() const { return m_warningState; }
+    /// Allows or stops the status poll; it never runs in device modes 1, 2 and 4.
+    void setPolling(bool on);
+
+    // --- Queries -----------------------------------------------------------------------------------
+    int getFunctionalMode(FunctionalMode_t& mode);
+    int getSleepTime(quint8& minutes);
+    int getIntensityMode(ControlSource& source);
+    int getFaultState(StateReport& report);
+    int getWarningState(StateReport& report);
+    int getHours(OperatingHours& hours);
+    int getShutterStates(ShutterStates& states);
+    int getTTLInvertStates(TtlInvertStates& states);
+    int getIntensityLevels(IntensityLevels& levels);
+    int getTemperatures(Temperatures& readings);
+    /// `query` is "v" (running image), "v?a" (stored application) or "v?l" (stored loader).
+    int getVersion(const char* query, ImageVersion& image);
+    bool isApplicationValid();
+    bool isLoaderValid();
+    int getNecselControllerInfo(NecselControllerInfo& info);
+    int readProductConfig(ProductConfig& record);
+
+    // --- Settings and actions ----------------------------------------------------------------------
+    /// `percent` 0 to 100; a value that is no number gives BadArgument.
+    int setIntensity(const channel& laser, float percent);
+    int setShutter(const channel& laser, bool open);
+    int setTTLInvert(const channel& laser, bool inverted);
+    int setIntensityMode(int source);
+    int setShutterMode(int source);
+    int setSpeckle(bool on);
+    int setFunctionalMode(int mode);
+    int setSleepTime(quint16 minutes);
+    int clearFaults();
+    int resetDevice();
+    int restoreDefaults();
+    /// Switches the image and, once it answers, identifies it anew.
+    int goLoader();
+    int goApp();
+
+public slots:
+    /// Stores the port's name and closes an open port; the next connection check opens one again.
+    void selectPort(const QString& portName);
+    void checkConnectionStatus();
+    void pollDevice();
+
+signals:
+    void deviceConnected(const QString& portName);
+    void deviceDisconnected(const QString& portName);
+    void portError(const QString& errorString);
+    void functionalModeChanged(FunctionalMode_t mode);
+    void faultStateChanged(bool faultState, const QString& errorMessage);
+    void warningStateChanged(bool warningState, const QString& warningMessage);
+    /// Eight entries in channel order, owned by the Device, valid during the call.
+    void shutterChanged(bool* shutterStates);
+    /// Eight entries in percent in channel order, owned by the Device, valid during the call.
+    void intensityChanged(float* intensityLevels);
+    /// Declared for the dialog's sake; the poll does not emit it.
+    void invertedStateChanged(bool* invertedTTLStates);
+    /// Every chunk received, before anything is made of it.
+    void receivedDataFromDevice(QByteArray& data);
+
+    // The private part is written with the implementation.
+};

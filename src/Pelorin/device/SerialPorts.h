@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+/// One serial port of the computer as the link needs to know it.
+struct SerialPortEntry
+{
+    QString name;                     ///< as QSerialPort::setPortName takes it
+    std::optional<quint16> vendorId;  ///< USB vendor identifier, where the port has one
+    std::optional<quint16> productId; ///< USB product identifier, where the port has one
+};
+
+namespace SerialPorts {
+using Lister = std::function<QList<SerialPortEntry>()>;
+
+/// The serial ports present now, in the platform's order.
+QList<SerialPortEntry> available();
+
+/// Replaces the way ports are listed for the whole process; an empty function restores the platform's
+/// own list. This is the one seam through which a simulated illuminator enters the program.
+void setLister(Lister lister);
+
+/// True for a port that carries one of the illuminator's USB identifier pairs.
+bool isIlluminator(const SerialPortEntry& port);
+} // namespace SerialPorts

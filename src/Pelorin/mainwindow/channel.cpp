@@ -1,0 +1,1 @@
+#include "mainwindow/channel.h"
