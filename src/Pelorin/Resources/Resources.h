@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QIcon>
+#include <QPalette>
+#include <QPixmap>
+#include <QString>
+
+class QApplication;
+
+/// Registers the pictures and style sheets under ":/Resources/". A static library's resources stay unknown
+/// until this is called; the other functions here call it themselves. Calling it again does nothing.
+void initResources();
+
+/// The picture @p fileName (":/Resources/....png") for a label: its "@2x" sibling where any screen is denser
+/// than one pixel per unit. A pixmap made from a file name alone, also by a form, is always the coarse one.
+QPixmap loadPicture(const QString& fileName);
+
+/// The text of the application's style sheet, for QApplication::setStyleSheet().
+QString loadStyleSheet();
+
+/// The dark colours for whatever the style sheet leaves to the style: links, placeholders, disabled text.
+QPalette darkPalette();
+
+/// The program's own picture in all sizes from 16 to 256 pixels.
+QIcon applicationIcon();
+
+/// Gives @p application the program's look: style, colours, style sheet and icon. Call it once, before the
+/// first window is made. Sharp pictures on dense screens also need Qt::AA_EnableHighDpiScaling and
+/// Qt::AA_UseHighDpiPixmaps, which must be set before the application object exists.
+void applyLook(QApplication& application);
