@@ -21,6 +21,11 @@ function(vyr_add_library name)
   target_link_libraries(${name} PRIVATE vyr_options)
 endfunction()
 
+# Where a session of a desktop would put what belongs to it alone; Qt warns when there is none.
+set(VYR_TEST_RUNTIME_DIR "${CMAKE_BINARY_DIR}/test-runtime")
+file(MAKE_DIRECTORY "${VYR_TEST_RUNTIME_DIR}")
+file(CHMOD "${VYR_TEST_RUNTIME_DIR}" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+
 # vyr_add_test(NAME SOURCES file... LIBRARIES target... [TIMEOUT seconds])
 # One QtTest program, run by CTest on the offscreen platform with settings and home of its own.
 function(vyr_add_test name)
@@ -34,5 +39,5 @@ function(vyr_add_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES
     TIMEOUT ${arg_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name};LC_ALL=C.UTF-8")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${VYR_TEST_RUNTIME_DIR};XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name};LC_ALL=C.UTF-8")
 endfunction()
