@@ -37,7 +37,11 @@ function(vyr_add_test name)
   target_link_libraries(${name} PRIVATE vyr_options Qt5::Test ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES
-    TIMEOUT ${arg_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${VYR_TEST_RUNTIME_DIR};XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name};LC_ALL=C.UTF-8")
+  set(environment
+    QT_QPA_PLATFORM=offscreen
+    XDG_RUNTIME_DIR=${VYR_TEST_RUNTIME_DIR}
+    XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name}
+    LC_ALL=C.UTF-8
+    LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0)
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${environment}")
 endfunction()

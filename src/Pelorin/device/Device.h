@@ -5,11 +5,10 @@
 #include "device/ResultCodes.h"
 
 #include <QByteArray>
-#include <QList>
 #include <QObject>
-#include <QSerialPort>
 #include <QString>
-#include <QTimer>
+
+#include <memory>
 
 class channel;
 
@@ -17,7 +16,10 @@ class channel;
 /// state and carries every command. All operations return a DeviceResult code (see ResultCodes.h).
 ///
 /// Everything runs on the thread that created the object. An operation that waits for a reply sleeps in
-/// the event loop, so timers and user actions run inside it; the Device must outlive every such call.
+/// the event loop, so timers and user actions run inside it; the Device must outlive every such call. A wait
+/// ends at once, with NotOpen, when the port closes. Queries asked while another one is out return Busy and
+/// send nothing; settings given then are queued, and return Ok. Nobody gets a reply inside a slot of
+/// receivedDataFromDevice: queries asked there return Busy.
 class Device : public QObject
 {
     Q_OBJECT
@@ -29,7 +31,7 @@ public:
     // --- Transport ---------------------------------------------------------------------------------
     bool isOpen() const;
     /// Name of the port in use, or last asked for.
-    QString portName() const { return m_portName; }
+    QString portName() const;
     /// Bytes handed to the system, -1 when the port is not open. Less than the command's length means a
     /// short write, whose rest is dropped.
     qint64 writeCommand(const QByteArray& bytes);
@@ -39,11 +41,15 @@ public:
     int transaction(const QByteArray& command, QString& reply);
     /// A transaction whose reply is only logged; 0 without doing anything when the port is not open.
     int sendCommand(const char* text);
-    /// Sends "goloader" or "goapp" and waits up to 45 s for the answer.
+    /// Sends "goloader" or "goapp" and waits up to 45 s for the answer, whatever else the line is used for:
+    /// NoReplyToSwitch when none comes, Busy while another one waits.
     int sendGoCommand(const char* text);
     /// Sends `command` (with its line feed) without waiting, or queues it while the line is in use.
     int sendOrEnqueue(const QByteArray& command);
+    /// Sends all that is queued, each command with its reply; the first failure ends it and is returned.
     int drainQueue();
+    /// Waits up to 1500 ms until nothing is queued and no reply is due. After NoReply the device counts as
+    /// not identified, and the connection check opens it anew.
     int waitWhileBusy();
     /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
     void writeRaw(const QByteArray& bytes);
@@ -52,23 +58,23 @@ public:
     void shutDown();
 
     // --- Connection (see DeviceConnection.cpp) -----------------------------------------------------
-    DeviceMode deviceMode() const { return m_deviceMode; }
+    DeviceMode deviceMode() const;
     /// True while the port is open and the application image answered its identification.
     bool isApplicationConnected() const;
     /// The device told that it reprograms its laser controller: it is left alone from here on.
     void setUpdatingLaserController();
-    const ImageVersion& runningVersion() const { return m_runningVersion; }
-    const ImageVersion& applicationVersion() const { return m_applicationVersion; }
-    const ImageVersion& loaderVersion() const { return m_loaderVersion; }
-    bool applicationValid() const { return m_applicationValid; }
-    bool loaderValid() const { return m_loaderValid; }
-    const NecselControllerInfo& necselController() const { return m_necselController; }
+    const ImageVersion& runningVersion() const;
+    const ImageVersion& applicationVersion() const;
+    const ImageVersion& loaderVersion() const;
+    bool applicationValid() const;
+    bool loaderValid() const;
+    const NecselControllerInfo& necselController() const;
     /// True when the running firmware knows the channel record and the newer record address.
     bool isVersionAboveConfigLimit() const;
 
     // --- Last states told by the device (see DevicePolling.cpp) ------------------------------------
-    bool faultState() const { return m_faultState; }
-    bool warningState() const { return m_warningState; }
+    bool faultState() const;
+    bool warningState() const;
     /// Allows or stops the status poll; it never runs in device modes 1, 2 and 4.
     void setPolling(bool on);
 
@@ -103,7 +109,8 @@ public:
     int clearFaults();
     int resetDevice();
     int restoreDefaults();
-    /// Switches the image and, once it answers, identifies it anew.
+    /// Switch the image and identify it anew, on the same port or on the one that it comes back with: Ok once
+    /// that is over, NoReplyToSwitch after 45 s, Busy while another switch waits.
     int goLoader();
     int goApp();
 
@@ -129,5 +136,7 @@ signals:
     /// Every chunk received, before anything is made of it.
     void receivedDataFromDevice(QByteArray& data);
 
-    // The private part is written with the implementation.
+private:
+    struct Private;
+    const std::unique_ptr<Private> d;
 };

@@ -15,9 +15,18 @@ struct FirmwareVersion
     QString toString() const { return QStringLiteral("%1.%2.%3").arg(major).arg(minor).arg(patch); }
 };
 
-constexpr bool operator==(FirmwareVersion a, FirmwareVersion b) { return a.number() == b.number(); }
-constexpr bool operator!=(FirmwareVersion a, FirmwareVersion b) { return !(a == b); }
-constexpr bool operator>(FirmwareVersion a, FirmwareVersion b) { return a.number() > b.number(); }
+constexpr bool operator==(FirmwareVersion a, FirmwareVersion b)
+{
+    return a.number() == b.number();
+}
+constexpr bool operator!=(FirmwareVersion a, FirmwareVersion b)
+{
+    return !(a == b);
+}
+constexpr bool operator>(FirmwareVersion a, FirmwareVersion b)
+{
+    return a.number() > b.number();
+}
 
 /// A firmware image as a version query tells it: which image ("Loader", "LoaderUpdater", "VYRApp",
 /// "Unknown", empty when never told) and its version (0.0.0 when the reply held none).

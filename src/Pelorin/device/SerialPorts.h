@@ -26,4 +26,7 @@ void setLister(Lister lister);
 
 /// True for a port that carries one of the illuminator's USB identifier pairs.
 bool isIlluminator(const SerialPortEntry& port);
+
+/// True when a port of this name is among `ports` and carries one of those pairs.
+bool isListedIlluminator(const QList<SerialPortEntry>& ports, const QString& name);
 } // namespace SerialPorts

@@ -1,0 +1,48 @@
+#include "device/DevicePrivate.h"
+
+#include <QScopedValueRollback>
+
+int Device::goLoader()
+{
+    return d->switchImage("goloader");
+}
+
+int Device::goApp()
+{
+    return d->switchImage("goapp");
+}
+
+int Device::Private::switchImage(const char* command)
+{
+    if (switching)
+        return DeviceResult::Busy;
+    if (!q->isOpen())
+        return DeviceResult::NotOpen;
+    const QScopedValueRollback<bool> guard(switching, true);
+    const QDeadlineTimer deadline(switchTimeout);
+    const int closeCountBefore = closeCount;
+    // The answer to an earlier command would be taken for the new image's. Its time-out ends this.
+    sleepWhile(
+        [&] { return inTransaction && transactionTimer.isActive() && closeCount == closeCountBefore; });
+    if (closeCount != closeCountBefore)
+        return DeviceResult::NotOpen;
+    const int result = q->sendGoCommand(command);
+    if (closeCount != closeCountBefore)
+        return awaitReconnection(deadline);
+    if (result != DeviceResult::Ok)
+        return result;
+    runConnectionSequence();
+    return closeCount == closeCountBefore ? int(DeviceResult::Ok) : awaitReconnection(deadline);
+}
+
+/// A device that restarts may leave the bus for a while; the scan finds it again.
+int Device::Private::awaitReconnection(const QDeadlineTimer& deadline)
+{
+    const QScopedValueRollback<int> allowed(reopenAllowedAt, identifying);
+    const auto isIdentified = [this] { return q->isOpen() && deviceMode != DeviceMode::NotIdentified; };
+    // The connection timer wakes the sleep at least once a second.
+    sleepWhile([&] { return !shutDown && !deadline.hasExpired() && !isIdentified(); });
+    if (shutDown)
+        return DeviceResult::NotOpen;
+    return isIdentified() ? DeviceResult::Ok : DeviceResult::NoReplyToSwitch;
+}

@@ -1,0 +1,209 @@
+#include "QsLog2_1_0/QsLog.h"
+#include "device/DevicePrivate.h"
+
+#include <QScopedValueRollback>
+#include <QTime>
+
+#include <algorithm>
+
+namespace {
+/// The reply as text; a device that sends a NUL byte ends its reply there.
+QString textOf(const QByteArray& reply)
+{
+    return QString::fromUtf8(reply.constData(), static_cast<int>(qstrnlen(reply.constData(), reply.size())));
+}
+} // namespace
+
+qint64 Device::writeCommand(const QByteArray& bytes)
+{
+    if (!isOpen())
+        return -1;
+    d->inTransaction = true;
+    return d->line.write(bytes);
+}
+
+void Device::flushInput()
+{
+    d->line.discardInput();
+}
+
+void Device::writeRaw(const QByteArray& bytes)
+{
+    if (isOpen())
+        d->line.write(bytes);
+}
+
+int Device::transaction(const QByteArray& command, QString& reply)
+{
+    if (!isOpen())
+        return DeviceResult::NotOpen;
+    if (d->isLineBusy())
+        return DeviceResult::Busy;
+    flushInput();
+    const int turn = d->startResponseTimer(Private::responseTimeout);
+    Private::trace("To device ->", command);
+    QByteArray answer;
+    switch (d->writeAndWait(command, turn, &answer)) {
+    case Private::End::Answered:
+        reply = textOf(answer);
+        return DeviceResult::Ok;
+    case Private::End::ShortWrite:
+        QS_ERROR() << "Write command error.";
+        return DeviceResult::WriteFailed;
+    case Private::End::TimedOut:
+        QS_ERROR() << "Write timeout error.";
+        return DeviceResult::NoReply;
+    case Private::End::Closed:
+        break;
+    }
+    return DeviceResult::NotOpen;
+}
+
+int Device::sendCommand(const char* text)
+{
+    if (!isOpen())
+        return DeviceResult::Ok;
+    QString reply;
+    const int code = transaction(QByteArray(text) + '\n', reply);
+    if (code == DeviceResult::Ok)
+        QS_INFO() << reply;
+    return code;
+}
+
+int Device::sendGoCommand(const char* text)
+{
+    if (!isOpen())
+        return DeviceResult::NotOpen;
+    if (d->switchPending)
+        return DeviceResult::Busy;
+    const QScopedValueRollback<bool> pending(d->switchPending, true);
+    const int turn = d->startResponseTimer(Private::switchTimeout);
+    switch (d->writeAndWait(QByteArray(text) + '\n', turn, nullptr)) {
+    case Private::End::Answered:
+        return DeviceResult::Ok;
+    case Private::End::ShortWrite:
+        return DeviceResult::WriteFailed;
+    case Private::End::TimedOut:
+        return DeviceResult::NoReplyToSwitch;
+    case Private::End::Closed:
+        break;
+    }
+    return DeviceResult::NotOpen;
+}
+
+int Device::waitWhileBusy()
+{
+    if (!isOpen())
+        return DeviceResult::NotOpen;
+    d->busyTimer.start(Private::busyTimeout);
+    d->busyTimedOut = false;
+    const int closeCount = d->closeCount;
+    // A wait inside this one starts the timer anew, which must not make this one longer.
+    const QDeadlineTimer deadline(Private::busyTimeout);
+    ++d->busyWaits;
+    Private::sleepWhile([&] {
+        const bool busy = !d->commandQueue.isEmpty() || d->isLineBusy();
+        return busy && !d->busyTimedOut && !deadline.hasExpired() && closeCount == d->closeCount;
+    });
+    --d->busyWaits;
+    const bool closed = closeCount != d->closeCount;
+    // The timer goes on: the device stays unidentified until it is found anew.
+    if (!closed && (d->busyTimedOut || deadline.hasExpired()))
+        return DeviceResult::NoReply;
+    if (d->busyWaits == 0)
+        d->busyTimer.stop();
+    return closed ? DeviceResult::NotOpen : DeviceResult::Ok;
+}
+
+/// Returns the number of this start, which stopResponseTimer() asks for.
+int Device::Private::startResponseTimer(std::chrono::milliseconds timeout)
+{
+    transactionTimer.start(timeout);
+    return ++timerTurn;
+}
+
+void Device::Private::stopResponseTimer(int turn)
+{
+    // A command that was sent meanwhile relies on the timer, and so does a wait around this one.
+    const bool waitedFor =
+        std::any_of(waits.begin(), waits.end(), [](const ReplyWait* wait) { return wait->pending; });
+    if (turn == timerTurn && !waitedFor)
+        transactionTimer.stop();
+}
+
+void Device::Private::trace(const char* arrow, const QByteArray& bytes)
+{
+    QS_TRACE() << QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz")).toLatin1().constData()
+               << arrow << bytes;
+}
+
+/// Needs the response timer running under `turn`, and stops it at the end.
+Device::Private::End Device::Private::writeAndWait(const QByteArray& command, int turn, QByteArray* reply)
+{
+    ReplyWait wait;
+    waits.append(&wait);
+    const qint64 written = q->writeCommand(command);
+    if (!q->isOpen())
+        wait.pending = false; // the write, or what came before it, found the device gone
+    else if (written != command.size())
+        wait = {false, End::ShortWrite, {}};
+    sleepWhile([&wait] { return wait.pending; });
+    waits.removeOne(&wait);
+    stopResponseTimer(turn);
+    if (reply)
+        *reply = wait.reply;
+    return wait.end;
+}
+
+void Device::Private::endWaits(End end, const QByteArray& reply)
+{
+    for (ReplyWait* wait : qAsConst(waits)) {
+        if (wait->pending)
+            *wait = {false, end, reply};
+    }
+}
+
+void Device::Private::onReceived(const QByteArray& chunk)
+{
+    endWaits(End::Answered, chunk);
+    trace("From device <-", chunk);
+    // The port does not tell of further bytes before this is over, so nobody may wait for a reply in here.
+    inTransaction = true;
+    QByteArray data = chunk;
+    emit q->receivedDataFromDevice(data);
+    inTransaction = false;
+}
+
+void Device::Private::onResponseTimeout()
+{
+    endWaits(End::TimedOut);
+    QS_TRACE() << "Timed out waiting for response";
+    inTransaction = false;
+}
+
+void Device::Private::onBusyTimeout()
+{
+    busyTimedOut = true;
+    QS_TRACE() << "Timed out waiting for busy";
+    setMode(DeviceMode::NotIdentified);
+    inTransaction = false;
+}
+
+void Device::Private::onAboutToClose()
+{
+    ++closeCount;
+    ++generation;
+    QS_INFO() << "**Port Closed**";
+    pollTimer.stop();
+    transactionTimer.stop();
+    endWaits(End::Closed);
+    inTransaction = false;
+    setMode(DeviceMode::NotIdentified);
+    emit q->deviceDisconnected(portName);
+}
+
+void Device::Private::stopTimers()
+{
+    for (QTimer* timer : {&connectionTimer, &transactionTimer, &busyTimer, &pollTimer})
+        timer->stop();
+}

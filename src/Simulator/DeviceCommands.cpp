@@ -1,0 +1,190 @@
+#include "Simulator/CommandArguments.h"
+#include "Simulator/CommandInterpreter.h"
+#include "Simulator/SimulatedIlluminator.h"
+
+// What happens in and at the illuminator.
+
+namespace Simulator {
+namespace {
+Outcome fault(CommandInterpreter& interpreter, const QStringList& words)
+{
+    interpreter.illuminator().setFault(Arguments::freeText(words));
+    return {};
+}
+
+Outcome heldFault(CommandInterpreter& interpreter, const QStringList& words)
+{
+    interpreter.illuminator().setFault(Arguments::freeText(words), true);
+    return {};
+}
+
+Outcome warn(CommandInterpreter& interpreter, const QStringList& words)
+{
+    interpreter.illuminator().setWarning(Arguments::freeText(words));
+    return {};
+}
+
+Outcome clear(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const QString what = words.value(0);
+    if (!what.isEmpty() && !Arguments::choice(what, "fault", "warning")) {
+        return Outcome::badArgument(what);
+    }
+    if (what != QLatin1String("warning")) {
+        interpreter.illuminator().clearFault();
+    }
+    if (what != QLatin1String("fault")) {
+        interpreter.illuminator().clearWarning();
+    }
+    return {};
+}
+
+Outcome analog(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto channel = Arguments::channel(words.at(0));
+    const auto percent = Arguments::number(words.at(1));
+    if (!channel || !percent) {
+        return Outcome::badArgument(words.at(channel ? 1 : 0));
+    }
+    interpreter.illuminator().setExternalIntensity(*channel, *percent);
+    return {};
+}
+
+Outcome ttl(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto channel = Arguments::channel(words.at(0));
+    const auto high = Arguments::choice(words.at(1), "high", "low");
+    if (!channel || !high) {
+        return Outcome::badArgument(words.at(channel ? 1 : 0));
+    }
+    interpreter.illuminator().setTtlInput(*channel, *high);
+    return {};
+}
+
+Outcome hours(CommandInterpreter& interpreter, const QStringList& words)
+{
+    constexpr double kMaxHours = 1e6;
+    const auto channel = Arguments::channel(words.at(0));
+    const auto hours = Arguments::number(words.at(1));
+    if (!channel || !hours || !(*hours >= 0.0 && *hours <= kMaxHours)) {
+        return Outcome::badArgument(words.at(channel ? 1 : 0));
+    }
+    interpreter.illuminator().setHours(*channel, *hours);
+    return {};
+}
+
+Outcome warmup(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto time = Arguments::time(words.first());
+    if (!time) {
+        return Outcome::badArgument(words.first());
+    }
+    interpreter.illuminator().model().lasers().setWarmupDuration(*time);
+    return {};
+}
+
+Outcome image(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto image = Arguments::image(words.first());
+    if (!image) {
+        return Outcome::badArgument(words.first());
+    }
+    interpreter.illuminator().startImage(*image);
+    return {};
+}
+
+Outcome version(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto image = Arguments::image(words.at(0));
+    const auto version = versionFromText(words.at(1).toLatin1());
+    if (!image || !version) {
+        return Outcome::badArgument(words.at(image ? 1 : 0));
+    }
+    interpreter.illuminator().model().firmware().setVersion(*image, *version);
+    return {};
+}
+
+Outcome checksum(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto loader = Arguments::choice(words.at(0), "loader", "application");
+    const auto valid = Arguments::choice(words.at(1), "good", "bad");
+    if (!loader || !valid) {
+        return Outcome::badArgument(words.at(loader ? 1 : 0));
+    }
+    FirmwareStore& firmware = interpreter.illuminator().model().firmware();
+    if (*loader) {
+        firmware.setLoaderCrcValid(*valid);
+    } else {
+        firmware.setApplicationCrcValid(*valid);
+    }
+    return {};
+}
+
+Outcome controllerUpdate(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto time = Arguments::time(words.at(0));
+    const QString when = words.value(1);
+    if (!time || (!when.isEmpty() && when != QLatin1String("next"))) {
+        return Outcome::badArgument(words.at(time ? 1 : 0));
+    }
+    LaserController& controller = interpreter.illuminator().model().controller();
+    if (when.isEmpty()) {
+        controller.startUpdate(*time);
+    } else {
+        controller.updateAtNextStart(*time);
+    }
+    return {};
+}
+
+Outcome powerCycle(CommandInterpreter& interpreter, const QStringList&)
+{
+    interpreter.illuminator().powerCycle();
+    return {};
+}
+
+Outcome speed(CommandInterpreter& interpreter, const QStringList& words)
+{
+    constexpr double kMaxSpeed = 100000.0;
+    const auto factor = Arguments::number(words.first());
+    if (!factor || !(*factor >= 0.0 && *factor <= kMaxSpeed)) {
+        return Outcome::badArgument(words.first());
+    }
+    interpreter.illuminator().setTimeScale(*factor);
+    return {};
+}
+
+Outcome pass(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto time = Arguments::time(words.first());
+    if (!time) {
+        return Outcome::badArgument(words.first());
+    }
+    interpreter.illuminator().passTime(*time);
+    return {};
+}
+} // namespace
+
+const std::vector<CommandInterpreter::Entry>& deviceCommands()
+{
+    static const std::vector<CommandInterpreter::Entry> entries{
+        {"fault", "TEXT", "a fault that the host can clear", 1, -1, fault},
+        {"held-fault", "TEXT", "a fault that stays until \"clear\" here", 1, -1, heldFault},
+        {"warn", "TEXT", "a warning", 1, -1, warn},
+        {"clear", "[fault|warning]", "takes back the fault, the warning or both", 0, 1, clear},
+        {"analog", "CHANNEL PERCENT", "the analogue intensity input; nan for a broken one", 2, 2, analog},
+        {"ttl", "CHANNEL high|low", "the digital shutter input", 2, 2, ttl},
+        {"hours", "CHANNEL HOURS", "the operating hours counted so far", 2, 2, hours},
+        {"warmup", "MS", "how long a warm-up takes", 1, 1, warmup},
+        {"image", "loader|updater|application", "puts the image in its place and starts it", 1, 1, image},
+        {"version", "IMAGE MAJOR.MINOR.PATCH", "the version of an image", 2, 2, version},
+        {"checksum", "loader|application good|bad", "of what lies in that place", 2, 2, checksum},
+        {"controller-update", "MS [next]", "reprograms the laser controller, now or after the next start", 1,
+         2, controllerUpdate},
+        {"power-cycle", "", "off and on again", 0, 0, powerCycle},
+        {"speed", "FACTOR", "how fast the device's clock runs", 1, 1, speed},
+        {"pass", "MS", "lets time of the device's clock pass at once", 1, 1, pass},
+    };
+    return entries;
+}
+
+} // namespace Simulator

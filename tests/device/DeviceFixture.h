@@ -1,0 +1,86 @@
+#pragma once
+
+#include "device/Device.h"
+#include "support/LogCapture.h"
+#include "support/ScriptedBench.h"
+
+#include <QByteArrayList>
+#include <QStringList>
+
+#include <chrono>
+#include <functional>
+
+/// What the tests of the device link share.
+namespace DeviceTest {
+
+using Milliseconds = std::chrono::milliseconds;
+
+/// Answers of a device whose application image runs and whose intensities and shutters the host controls.
+/// Lines without an answer of their own are answered with "ok".
+void answerAsApplication(ScriptedBench& bench, const QByteArray& version = "2.7.0");
+/// Answers of a device whose loader runs; it is silent to everything but its identification.
+void answerAsLoader(ScriptedBench& bench);
+
+/// Opens and identifies the bench's device and keeps the poll off. False when it is not identified.
+bool connectWithoutPoll(Device& device);
+
+/// Runs the event loop until the condition holds; false when it does not in time.
+bool waitUntil(const std::function<bool()>& condition, Milliseconds limit = std::chrono::seconds(5));
+/// Runs the event loop for a time in which nothing is expected to happen.
+void listenFor(Milliseconds time);
+
+/// Calls `action` once the event loop runs inside the operation under test, `delay` from now.
+void later(Milliseconds delay, const std::function<void()>& action);
+
+/// Runs `action` in the same turn of the event loop in which the reply to `line` is received, and after it:
+/// the wait for that reply is over then, but has not come back yet.
+void runWithTheReplyTo(Device& device, ScriptedBench& bench, const QByteArray& line,
+                       const std::function<void()>& action);
+
+/// Processor time that the process has used.
+Milliseconds cpuTime();
+int openFileCount();
+
+/// Messages of the log's lines without level and time.
+QStringList messages(const QStringList& lines);
+QStringList errorMessages(const LogCapture& log);
+
+/// Gathers the warnings of Qt and of the libraries while it lives; a test expects none.
+class QtWarnings
+{
+public:
+    QtWarnings();
+    ~QtWarnings();
+    Q_DISABLE_COPY_MOVE(QtWarnings)
+
+    QStringList take();
+};
+
+/// Records what the link announces, in the order in which it does.
+class Announcements
+{
+public:
+    explicit Announcements(Device& device);
+
+    QStringList all;
+    QByteArrayList chunks; ///< kept apart, as they come all the time
+    int count(const QString& prefix) const;
+
+private:
+    QObject m_context; // ends the connections
+};
+
+/// Times what happens during its life.
+class Stopwatch
+{
+public:
+    Milliseconds elapsed() const
+    {
+        return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - m_start);
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+} // namespace DeviceTest

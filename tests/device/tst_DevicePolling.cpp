@@ -1,0 +1,478 @@
+#include "device/DeviceFixture.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace DeviceTest;
+using namespace std::chrono_literals;
+using QsLogging::LogLevel;
+using Simulator::WireFault;
+
+/// Ticks are run by hand where their number matters. The last fault and warning messages and the countdown of
+/// the warnings belong to the process: each test begins with a device that has no fault and no warning, told.
+class tst_DevicePolling : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void tickAsksInOrder();
+    void externalLevelsAreRead();
+    void firstTickTellsEverything();
+    void secondTickTellsNothing();
+    void changesAreTold();
+    void faultIsToldOnceAndAgainWithAnotherText();
+    void activeFaultIsToldAfterReconnection();
+    void absentFaultIsNotTold();
+    void levelThatIsNoNumberIsToldEachTime();
+    void warningsNeedTheNewerFirmware_data();
+    void warningsNeedTheNewerFirmware();
+    void warningIsToldOnceAndAgainAfterReconnection();
+    void failedQueryLeavesTheOthers_data();
+    void failedQueryLeavesTheOthers();
+    void announcementWaitsForAKnownSource();
+    void failedWarningKeepsTheAnnouncementDue();
+    void tickDuringATransactionDoesNothing();
+    void tickIsNotEntered();
+    void tickOfAnotherDeviceIsHeldOff();
+    void commandsGivenDuringATickGoOutInIt();
+    void ticksAreTraced();
+    void pollRunsFourTimesASecond();
+    void pollCanBeSuspended();
+    void listenerMayCloseTheLink();
+    void replyOfAnEndedConnectionTellsNothing();
+    void lateRepliesTellNothingFalse_data();
+    void lateRepliesTellNothingFalse();
+    void manyTicksInARow();
+
+private:
+    void connectAnew();
+    QStringList tick();
+
+    QtWarnings m_warnings;
+    std::unique_ptr<ScriptedBench> m_bench;
+    std::unique_ptr<Device> m_device;
+    std::unique_ptr<Announcements> m_heard;
+};
+
+void tst_DevicePolling::init()
+{
+    m_bench = std::make_unique<ScriptedBench>();
+    answerAsApplication(*m_bench);
+    m_device = std::make_unique<Device>();
+    m_heard = std::make_unique<Announcements>(*m_device);
+    QVERIFY(connectWithoutPoll(*m_device));
+    // Four ticks bring the warnings round once; the countdown then stands at the beginning.
+    do {
+        m_bench->clearReceived();
+        m_device->pollDevice();
+    } while (m_bench->count("warn?") == 0);
+    m_bench->clearReceived();
+    m_heard->all.clear();
+}
+
+void tst_DevicePolling::cleanup()
+{
+    m_heard.reset();
+    m_device.reset();
+    m_bench.reset();
+    QCOMPARE(m_warnings.take(), QStringList());
+}
+
+void tst_DevicePolling::connectAnew()
+{
+    m_device->selectPort({});
+    QVERIFY(connectWithoutPoll(*m_device));
+    m_bench->clearReceived();
+    m_heard->all.clear();
+}
+
+/// What one tick announces.
+QStringList tst_DevicePolling::tick()
+{
+    m_heard->all.clear();
+    m_device->pollDevice();
+    return m_heard->all;
+}
+
+void tst_DevicePolling::tickAsksInOrder()
+{
+    tick();
+    QCOMPARE(m_bench->lines(), (QList<QByteArray>{"shutter?", "fault?", "f_mode?", "int_mode?"}));
+}
+
+void tst_DevicePolling::externalLevelsAreRead()
+{
+    m_bench->setAnswer("int_mode?", "int_mode=EXT\n");
+    m_bench->setAnswer("set?", "set:405=12.5,445=1,470=2,520=3,528=4,555=5,640=6,730=7\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("levels 12.5 1 2 3 4 5 6 7")});
+    QCOMPARE(m_bench->lines(), (QList<QByteArray>{"shutter?", "fault?", "f_mode?", "int_mode?", "set?"}));
+    QCOMPARE(tick(), QStringList());
+    m_bench->setAnswer("set?", "set:405=12.5,445=1,470=2,520=3,528=4,555=5,640=6,730=7.5\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("levels 12.5 1 2 3 4 5 6 7.5")});
+    // A shorter list says nothing about the others.
+    m_bench->setAnswer("set?", "set:405=13\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("levels 13 1 2 3 4 5 6 7.5")});
+}
+
+void tst_DevicePolling::firstTickTellsEverything()
+{
+    m_bench->setAnswer("int_mode?", "int_mode=EXT\n");
+    m_bench->setAnswer("fault?", "FAULT: first tick\n");
+    connectAnew();
+    QCOMPARE(tick(),
+             (QStringList{QStringLiteral("shutters 00000000"), QStringLiteral("fault true FAULT: first tick"),
+                          QStringLiteral("mode 1"), QStringLiteral("levels 0 0 0 0 0 0 0 0")}));
+    QVERIFY(m_device->faultState());
+}
+
+void tst_DevicePolling::secondTickTellsNothing()
+{
+    m_bench->setAnswer("int_mode?", "int_mode=EXT\n");
+    connectAnew();
+    QVERIFY(!tick().isEmpty());
+    QCOMPARE(tick(), QStringList());
+}
+
+void tst_DevicePolling::changesAreTold()
+{
+    m_bench->setAnswer("shutter?", "shutter:open,closed,closed,closed,closed,closed,closed,open\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("shutters 10000001")});
+    m_bench->setAnswer("shutter?", "shutter:closed\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("shutters 00000001")});
+    m_bench->setAnswer("f_mode?", "f_mode=run\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("mode 2")});
+    m_bench->setAnswer("f_mode?", "f_mode=warmup\n");
+    m_bench->setAnswer("fault?", "FAULT: changes\n");
+    tick(); // the fourth asks for warnings
+    QCOMPARE(m_heard->all,
+             (QStringList{QStringLiteral("fault true FAULT: changes"), QStringLiteral("mode 0")}));
+    m_bench->setAnswer("fault?", "ok\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault false ok")});
+    QVERIFY(!m_device->faultState());
+}
+
+void tst_DevicePolling::faultIsToldOnceAndAgainWithAnotherText()
+{
+    m_bench->setAnswer("fault?", "FAULT: over\ntemp\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault true FAULT: overtemp")});
+    QCOMPARE(tick(), QStringList());
+    m_bench->setAnswer("fault?", "FAULT: fan\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault true FAULT: fan")});
+    QCOMPARE(tick(), QStringList());
+    // No fault in another spelling is another text too.
+    m_bench->setAnswer("fault?", "ok\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault false ok")});
+    m_bench->setAnswer("fault?", "OK\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault false OK")});
+}
+
+void tst_DevicePolling::activeFaultIsToldAfterReconnection()
+{
+    m_bench->setAnswer("fault?", "FAULT: stays\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("fault true FAULT: stays")});
+    connectAnew();
+    QVERIFY(tick().contains(QStringLiteral("fault true FAULT: stays")));
+    QCOMPARE(tick(), QStringList());
+}
+
+void tst_DevicePolling::absentFaultIsNotTold()
+{
+    connectAnew();
+    QCOMPARE(tick(), (QStringList{QStringLiteral("shutters 00000000"), QStringLiteral("mode 1")}));
+}
+
+void tst_DevicePolling::levelThatIsNoNumberIsToldEachTime()
+{
+    m_bench->setAnswer("int_mode?", "int_mode=EXT\n");
+    m_bench->setAnswer("set?", "set:405=nan,445=1\n");
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(tick(), QStringList{QStringLiteral("levels nan 1 0 0 0 0 0 0")});
+    m_bench->setAnswer("set?", "set:405=5,445=1\n");
+    QCOMPARE(tick(), QStringList{QStringLiteral("levels 5 1 0 0 0 0 0 0")});
+    QCOMPARE(tick(), QStringList());
+}
+
+void tst_DevicePolling::warningsNeedTheNewerFirmware_data()
+{
+    QTest::addColumn<QByteArray>("version");
+    QTest::addColumn<int>("asked");
+
+    QTest::newRow("last without") << QByteArray("1.1.14") << 0;
+    QTest::newRow("first with") << QByteArray("1.1.15") << 3;
+    QTest::newRow("no version") << QByteArray("x") << 0;
+}
+
+void tst_DevicePolling::warningsNeedTheNewerFirmware()
+{
+    QFETCH(const QByteArray, version);
+    QFETCH(const int, asked);
+    answerAsApplication(*m_bench, version);
+    connectAnew();
+    QList<int> ticks;
+    for (int i = 1; i <= 12; ++i) {
+        const int before = m_bench->count("warn?");
+        tick();
+        if (m_bench->count("warn?") > before)
+            ticks.append(i);
+    }
+    QCOMPARE(ticks, asked > 0 ? (QList<int>{4, 8, 12}) : QList<int>());
+    QCOMPARE(m_bench->count("warn?"), asked);
+}
+
+void tst_DevicePolling::warningIsToldOnceAndAgainAfterReconnection()
+{
+    const auto fourTicks = [this] {
+        QStringList told;
+        for (int i = 0; i < 4; ++i)
+            told += tick();
+        return told.filter(QStringLiteral("warning"));
+    };
+    const QStringList warning{QStringLiteral("warning true WARN: 555")};
+    m_bench->setAnswer("warn?", "WARN: 555\n");
+    QCOMPARE(fourTicks(), warning);
+    QVERIFY(m_device->warningState());
+    QCOMPARE(fourTicks(), QStringList());
+    connectAnew();
+    QCOMPARE(fourTicks(), warning);
+    QCOMPARE(fourTicks(), QStringList());
+    m_bench->setAnswer("warn?", "WARN: 555 and Novalum\n");
+    QCOMPARE(fourTicks(), QStringList{QStringLiteral("warning true WARN: 555 and Novalum")});
+    m_bench->setAnswer("warn?", "ok\n");
+    QCOMPARE(fourTicks(), QStringList{QStringLiteral("warning false ok")});
+    connectAnew();
+    QCOMPARE(fourTicks(), QStringList());
+}
+
+void tst_DevicePolling::failedQueryLeavesTheOthers_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QStringList>("told");
+
+    const QString shutters = QStringLiteral("shutters 11111111");
+    const QString fault = QStringLiteral("fault true FAULT: others");
+    const QString mode = QStringLiteral("mode 2");
+    const QString levels = QStringLiteral("levels 9 9 9 9 9 9 9 9");
+    QTest::newRow("shutters") << QByteArray("shutter?") << QStringList{fault, mode, levels};
+    QTest::newRow("fault") << QByteArray("fault?") << QStringList{shutters, mode, levels};
+    QTest::newRow("mode") << QByteArray("f_mode?") << QStringList{shutters, fault, levels};
+    QTest::newRow("source") << QByteArray("int_mode?") << QStringList{shutters, fault, mode};
+    QTest::newRow("levels") << QByteArray("set?") << QStringList{shutters, fault, mode};
+}
+
+void tst_DevicePolling::failedQueryLeavesTheOthers()
+{
+    QFETCH(const QByteArray, line);
+    QFETCH(const QStringList, told);
+    m_bench->setAnswers({{"shutter?", "shutter:open,open,open,open,open,open,open,open\n"},
+                         {"fault?", "FAULT: others\n"},
+                         {"f_mode?", "f_mode=run\n"},
+                         {"int_mode?", "int_mode=EXT\n"},
+                         {"set?", "set:a=9,b=9,c=9,d=9,e=9,f=9,g=9,h=9\n"}});
+    m_bench->setAnswer(line, "\x02garbage\n");
+    QCOMPARE(tick(), told);
+    QCOMPARE(m_bench->count(line), 1);
+}
+
+void tst_DevicePolling::announcementWaitsForAKnownSource()
+{
+    connectAnew();
+    m_bench->setAnswer("int_mode?", "x\n");
+    const QStringList both{QStringLiteral("shutters 00000000"), QStringLiteral("mode 1")};
+    QCOMPARE(tick(), both);
+    QCOMPARE(tick(), both);
+    m_bench->setAnswer("int_mode?", "int_mode=PC\n");
+    QCOMPARE(tick(), both);
+    tick(); // with the warnings
+    QCOMPARE(tick(), QStringList());
+}
+
+void tst_DevicePolling::failedWarningKeepsTheAnnouncementDue()
+{
+    for (int i = 0; i < 3; ++i)
+        tick();
+    connectAnew();
+    m_bench->setAnswer("warn?", "x\n");
+    const QStringList both{QStringLiteral("shutters 00000000"), QStringLiteral("mode 1")};
+    QCOMPARE(tick(), both);
+    QCOMPARE(m_bench->count("warn?"), 1);
+    QCOMPARE(tick(), both); // the failed question left it due
+    QCOMPARE(tick(), QStringList());
+}
+
+void tst_DevicePolling::tickDuringATransactionDoesNothing()
+{
+    m_bench->setAnswer("temps", "temps:\n", 60ms);
+    const LogCapture log(LogLevel::Trace);
+    later(10ms, [&] {
+        QCOMPARE(m_device->clearFaults(), 0); // queued
+        m_device->pollDevice();
+    });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(log.count(QStringLiteral("** Start Poll **")), 0);
+    listenFor(50ms);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"temps"});
+    // And the next one runs: nothing was left set.
+    tick();
+    QCOMPARE(m_bench->lines().mid(1, 2), (QList<QByteArray>{"clear", "shutter?"}));
+}
+
+void tst_DevicePolling::tickIsNotEntered()
+{
+    // The nested tick comes between two queries of the outer one, when the line is free.
+    connect(m_device.get(), &Device::shutterChanged, this, [this] { m_device->pollDevice(); });
+    m_bench->setAnswer("shutter?", "shutter:open\n");
+    tick();
+    QCOMPARE(m_bench->lines(), (QList<QByteArray>{"shutter?", "fault?", "f_mode?", "int_mode?"}));
+}
+
+void tst_DevicePolling::tickOfAnotherDeviceIsHeldOff()
+{
+    m_bench->ports().setUsbIdentifiers({}, {});
+    ScriptedBench other;
+    answerAsApplication(other);
+    Device second;
+    QVERIFY(connectWithoutPoll(second));
+    QCOMPARE(second.portName(), other.portName());
+    other.clearReceived();
+    connect(m_device.get(), &Device::shutterChanged, &second, &Device::pollDevice);
+    m_bench->setAnswer("shutter?", "shutter:open\n");
+    tick();
+    QCOMPARE(other.received().size(), 0);
+    second.pollDevice();
+    QVERIFY(other.count("shutter?") == 1);
+}
+
+void tst_DevicePolling::commandsGivenDuringATickGoOutInIt()
+{
+    m_bench->setAnswer("shutter?", "shutter:closed\n", 30ms);
+    m_bench->setAnswer("f_mode?", "f_mode=idle\n", 30ms);
+    later(10ms, [this] {
+        QCOMPARE(m_device->setSpeckle(true), 0);
+        QCOMPARE(m_device->setSpeckle(false), 0);
+    });
+    later(50ms, [this] { QCOMPARE(m_device->clearFaults(), 0); });
+    const LogCapture log(LogLevel::Trace);
+    tick();
+    QCOMPARE(log.count(QStringLiteral("Enqueue ")), 3);
+    QCOMPARE(m_bench->lines(),
+             (QList<QByteArray>{"shutter?", "fault?", "speckle=on", "speckle=off", "f_mode?", "int_mode?"}));
+    m_bench->clearReceived();
+    tick();
+    QCOMPARE(m_bench->lines().mid(0, 2), (QList<QByteArray>{"clear", "shutter?"}));
+}
+
+void tst_DevicePolling::ticksAreTraced()
+{
+    for (int i = 0; i < 3; ++i)
+        tick();
+    m_bench->setAnswers(
+        {{"fault?", "FAULT: traced\n"}, {"warn?", "WARN: traced\n"}, {"f_mode?", "f_mode=run\n"}});
+    const LogCapture log(LogLevel::Trace);
+    tick();
+    QStringList texts = messages(log.lines(LogLevel::Trace));
+    const auto isTraffic = [](const QString& text) {
+        return text.contains(QStringLiteral(" device ")) && text.contains(QLatin1Char('"'));
+    };
+    texts.erase(std::remove_if(texts.begin(), texts.end(), isTraffic), texts.end());
+    QCOMPARE(texts, (QStringList{QStringLiteral("** Start Poll **"),
+                                 QStringLiteral("Device sending change in fault state = true"),
+                                 QStringLiteral("Device sending change in functional mode = 2"),
+                                 QStringLiteral("Device sending change in warning state = true"),
+                                 QStringLiteral("** End Poll **")}));
+}
+
+void tst_DevicePolling::pollRunsFourTimesASecond()
+{
+    m_device->setPolling(true);
+    QVERIFY(m_bench->waitForLine("shutter?", 5));
+    QList<Milliseconds> times;
+    for (const auto& received : m_bench->received()) {
+        if (received.line == "shutter?")
+            times.append(received.at);
+    }
+    for (int i = 1; i < times.size(); ++i) {
+        const auto period = times[i] - times[i - 1];
+        QVERIFY2(period > 220ms && period < 280ms, qPrintable(QString::number(period.count())));
+    }
+}
+
+void tst_DevicePolling::pollCanBeSuspended()
+{
+    m_device->setPolling(true);
+    QVERIFY(m_bench->waitForLine("shutter?"));
+    m_device->setPolling(false);
+    QCOMPARE(m_device->waitWhileBusy(), 0);
+    m_bench->clearReceived();
+    listenFor(400ms);
+    QCOMPARE(m_bench->received().size(), 0);
+}
+
+void tst_DevicePolling::listenerMayCloseTheLink()
+{
+    m_bench->setAnswer("shutter?", "shutter:open\n");
+    connect(m_device.get(), &Device::shutterChanged, this, [this] { m_device->selectPort({}); });
+    const LogCapture log(LogLevel::Trace);
+    tick();
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"shutter?"});
+    QCOMPARE(log.count(QStringLiteral("** End Poll **")), 1);
+    QCOMPARE(errorMessages(log), QStringList());
+    connectAnew();
+    QVERIFY(!tick().isEmpty()); // the guard is not left set
+}
+
+void tst_DevicePolling::replyOfAnEndedConnectionTellsNothing()
+{
+    m_bench->setAnswer("shutter?", "shutter:open\n");
+    runWithTheReplyTo(*m_device, *m_bench, "shutter?",
+                      [this] { m_device->selectPort(QStringLiteral("other")); });
+    QCOMPARE(tick(), QStringList{QStringLiteral("disconnected other")});
+}
+
+void tst_DevicePolling::lateRepliesTellNothingFalse_data()
+{
+    QTest::addColumn<QByteArray>("late");
+
+    for (const char* line : {"shutter?", "fault?", "f_mode?", "int_mode?"})
+        QTest::newRow(line) << QByteArray(line);
+}
+
+void tst_DevicePolling::lateRepliesTellNothingFalse()
+{
+    QFETCH(const QByteArray, late);
+    // A reply that comes while the next question is out is taken for its answer, but for that tick only.
+    m_bench->wire().addFault({WireFault::Kind::LateReply, 1, late, 1510ms, 0, {}});
+    QCOMPARE(tick(), QStringList());
+    listenFor(50ms);
+    m_bench->clearReceived();
+    QCOMPARE(tick(), QStringList());
+    // In step again: each change is told, and by its own question.
+    m_bench->setAnswer("shutter?", "shutter:closed,open\n");
+    m_bench->setAnswer("f_mode?", "f_mode=run\n");
+    QCOMPARE(tick(), (QStringList{QStringLiteral("shutters 01000000"), QStringLiteral("mode 2")}));
+}
+
+/// Bytes wait in the system at every question; throwing them away must not look like trouble of the port.
+void tst_DevicePolling::manyTicksInARow()
+{
+    constexpr int ticks = 10000;
+    connect(m_device.get(), &Device::receivedDataFromDevice, this, [this](const QByteArray& chunk) {
+        if (chunk.startsWith("f_mode"))
+            m_bench->wire().sendUnsolicited("noise\n");
+    });
+    const LogCapture log(LogLevel::Warn);
+    for (int i = 0; i < ticks; ++i)
+        m_device->pollDevice();
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(m_heard->all, QStringList());
+    QCOMPARE(m_bench->count("shutter?"), ticks);
+    QCOMPARE(m_bench->count("int_mode?"), ticks);
+    QVERIFY(m_device->isOpen());
+}
+
+QTEST_GUILESS_MAIN(tst_DevicePolling)
+#include "tst_DevicePolling.moc"

@@ -1,0 +1,442 @@
+#include "device/DeviceFixture.h"
+#include "device/ResultCodes.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace DeviceTest;
+using namespace std::chrono_literals;
+using QsLogging::LogLevel;
+using Simulator::WireFault;
+
+class tst_DeviceTransport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void closedPortAnswersNotOpen();
+    void replyIsHandedOver();
+    void replyEndsAtTheNulByte();
+    void replyIsUtf8();
+    void nestedTransactionIsRefused();
+    void trafficIsTracedAtTraceLevelOnly();
+    void sendCommandLogsTheReply();
+    void rawBytesGoOutAsTheyAre();
+    void waitingCostsNoProcessorTime();
+    void timeouts();
+    void goCommandOutlastsOrdinaryTimeouts();
+    void firstChunkIsTheReply();
+    void bytesThatWaitInTheSystemAreNoReply();
+    void bytesFromBeforeOpeningAreNoReply();
+    void lateReplyIsNobodysReply();
+    void strangeBytes_data();
+    void strangeBytes();
+    void shortWrite();
+    void shortDirectWriteFreesTheLine();
+    void restOfAShortWriteIsNeverSent();
+    void listenerCannotWaitForAReply();
+    void outerWaitKeepsItsOwnReply();
+    void lostReplyAfterAnOuterWaitFreesTheLine();
+    void waitWhileBusy();
+    void busyTimeoutEndsEvenWithAQueue();
+
+private:
+    QtWarnings m_warnings;
+    std::unique_ptr<ScriptedBench> m_bench;
+    std::unique_ptr<Device> m_device;
+};
+
+void tst_DeviceTransport::init()
+{
+    m_bench = std::make_unique<ScriptedBench>();
+    QVERIFY(m_bench->wire().isPlugged());
+    answerAsApplication(*m_bench);
+    m_device = std::make_unique<Device>();
+    QVERIFY(connectWithoutPoll(*m_device));
+    m_bench->clearReceived();
+}
+
+void tst_DeviceTransport::cleanup()
+{
+    m_device.reset();
+    m_bench.reset();
+    QCOMPARE(m_warnings.take(), QStringList());
+}
+
+void tst_DeviceTransport::closedPortAnswersNotOpen()
+{
+    Device device;
+    QString reply = QStringLiteral("before");
+    QCOMPARE(device.transaction("v\n", reply), -40010);
+    QCOMPARE(reply, QStringLiteral("before"));
+    QCOMPARE(device.sendCommand("reset_cause"), 0);
+    QCOMPARE(device.sendGoCommand("goloader"), -40010);
+    QCOMPARE(device.goLoader(), -40010);
+    QCOMPARE(device.goApp(), -40010);
+    QCOMPARE(device.sendOrEnqueue("clear\n"), -40010);
+    QCOMPARE(device.drainQueue(), -40010);
+    QCOMPARE(device.waitWhileBusy(), -40010);
+    QCOMPARE(device.writeCommand("v\n"), qint64(-1));
+    QVERIFY(!device.isOpen());
+    QVERIFY(!device.isApplicationConnected());
+    device.flushInput();
+    device.writeRaw("x");
+    device.setPolling(true);
+    device.pollDevice();
+    QCOMPARE(m_bench->received().size(), 0);
+}
+
+void tst_DeviceTransport::replyIsHandedOver()
+{
+    m_bench->setAnswer("temps", "temps:Necsel=25.1\n");
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("temps:Necsel=25.1\n"));
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"temps"});
+    QVERIFY(m_device->isOpen());
+}
+
+void tst_DeviceTransport::replyEndsAtTheNulByte()
+{
+    m_bench->setAnswer("temps", QByteArray("temps:A=1\0,B=2\n", 15));
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("temps:A=1"));
+    m_bench->setAnswer("temps", QByteArray("\0temps", 6));
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QString());
+}
+
+void tst_DeviceTransport::replyIsUtf8()
+{
+    m_bench->setAnswer("temps", "temps:A=25\xC2\xB0\xFF\n");
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("temps:A=25\u00B0\uFFFD\n"));
+}
+
+void tst_DeviceTransport::nestedTransactionIsRefused()
+{
+    m_bench->setAnswer("temps", "temps:\n", 100ms);
+    int nestedCode = 0;
+    QString nestedReply = QStringLiteral("before");
+    QStringList nestedLog;
+    later(20ms, [&] {
+        const LogCapture log(LogLevel::Trace);
+        nestedCode = m_device->transaction("v\n", nestedReply);
+        nestedLog = log.lines();
+    });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("temps:\n"));
+    QCOMPARE(nestedCode, -40013);
+    QCOMPARE(nestedReply, QStringLiteral("before"));
+    QCOMPARE(nestedLog, QStringList());
+    listenFor(50ms);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"temps"});
+}
+
+void tst_DeviceTransport::trafficIsTracedAtTraceLevelOnly()
+{
+    QString reply;
+    {
+        const LogCapture log(LogLevel::Debug);
+        QCOMPARE(m_device->transaction("temps\n", reply), 0);
+        QCOMPARE(log.lines(), QStringList());
+    }
+    const LogCapture log(LogLevel::Trace);
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    const QStringList traces = messages(log.lines(LogLevel::Trace));
+    QCOMPARE(traces.size(), 2);
+    const QRegularExpression sent(QStringLiteral(R"(^\d\d:\d\d:\d\d\.\d{3} To device -> "temps\\n"$)"));
+    const QRegularExpression received(QStringLiteral(R"(^\d\d:\d\d:\d\d\.\d{3} From device <- "ok\\n"$)"));
+    QVERIFY2(sent.match(traces[0]).hasMatch(), qPrintable(traces[0]));
+    QVERIFY2(received.match(traces[1]).hasMatch(), qPrintable(traces[1]));
+}
+
+void tst_DeviceTransport::sendCommandLogsTheReply()
+{
+    const LogCapture log;
+    QCOMPARE(m_device->sendCommand("reset_cause"), 0);
+    QCOMPARE(messages(log.lines()), QStringList{QStringLiteral(R"("reset_cause=power on\n")")});
+}
+
+void tst_DeviceTransport::rawBytesGoOutAsTheyAre()
+{
+    const Announcements heard(*m_device);
+    m_bench->setAnswer("help", "yes?\n");
+    m_device->writeRaw("he");
+    m_device->writeRaw("lp\n");
+    QVERIFY(waitUntil([&] { return !heard.chunks.isEmpty(); }));
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"help"});
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0); // the line was never taken
+}
+
+void tst_DeviceTransport::waitingCostsNoProcessorTime()
+{
+    m_bench->setAnswer("temps", "temps:\n", 1000ms);
+    QString reply;
+    const auto before = cpuTime();
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    const auto used = cpuTime() - before;
+    qInfo("%lld ms of processor time in a wait of 1 s", static_cast<long long>(used.count()));
+    QVERIFY(used < 100ms);
+}
+
+/// No reply at all, in each kind of wait; and the line is free again after it.
+void tst_DeviceTransport::timeouts()
+{
+    m_bench->setAnswer("temps", {});
+    const LogCapture log(LogLevel::Trace);
+    QString reply = QStringLiteral("before");
+    const Stopwatch watch;
+    QCOMPARE(m_device->transaction("temps\n", reply), -40007);
+    QVERIFY2(watch.elapsed() >= 1490ms && watch.elapsed() < 1700ms,
+             qPrintable(QString::number(watch.elapsed().count())));
+    QCOMPARE(reply, QStringLiteral("before"));
+    QCOMPARE(log.count(QStringLiteral("Timed out waiting for response"), LogLevel::Trace), 1);
+    QCOMPARE(errorMessages(log), QStringList{QStringLiteral("Write timeout error.")});
+    QVERIFY(m_device->isOpen());
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+}
+
+void tst_DeviceTransport::goCommandOutlastsOrdinaryTimeouts()
+{
+    m_bench->setAnswer("goloader", "ok\n", 2000ms);
+    const LogCapture log(LogLevel::Trace);
+    int busyCode = 0;
+    int nestedCode = 0;
+    int queuedCode = -1;
+    int secondCode = 0;
+    later(100ms, [&] {
+        busyCode = m_device->waitWhileBusy(); // which frees the line for others, but not from the switch
+        QString reply;
+        nestedCode = m_device->transaction("v\n", reply);
+        queuedCode = m_device->sendOrEnqueue("clear\n");
+        secondCode = m_device->sendGoCommand("goapp");
+    });
+    const Stopwatch watch;
+    QCOMPARE(m_device->sendGoCommand("goloader"), 0);
+    QVERIFY(watch.elapsed() >= 1990ms);
+    QCOMPARE(busyCode, -40007);
+    QCOMPARE(nestedCode, -40013);
+    QCOMPARE(queuedCode, 0);
+    QCOMPARE(secondCode, -40013);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"goloader"});
+    QCOMPARE(log.count(QStringLiteral("To device ->")), 0);
+    QCOMPARE(log.count(QStringLiteral("Enqueue")), 1);
+    QCOMPARE(m_device->drainQueue(), 0);
+    QCOMPARE(m_bench->lines(), (QList<QByteArray>{"goloader", "clear"}));
+}
+
+void tst_DeviceTransport::firstChunkIsTheReply()
+{
+    m_bench->setAnswer("temps", "temps:Necsel=25.1\n");
+    m_bench->wire().addFault({WireFault::Kind::SplitReply, 1, "temps", 50ms, 9, {}});
+    const Announcements heard(*m_device);
+    const LogCapture log(LogLevel::Trace);
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("temps:Nec"));
+    QVERIFY(waitUntil([&] { return heard.chunks.size() == 2; }));
+    QCOMPARE(heard.chunks, (QByteArrayList{"temps:Nec", "sel=25.1\n"}));
+    QCOMPARE(log.count(QStringLiteral("From device <-")), 2);
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+}
+
+void tst_DeviceTransport::bytesThatWaitInTheSystemAreNoReply()
+{
+    for (int i = 0; i < 50; ++i) {
+        // Nothing has run the event loop since: the bytes are in the system only.
+        m_bench->wire().sendUnsolicited("noise\n");
+        QString reply;
+        QCOMPARE(m_device->transaction("v\n", reply), 0);
+        QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+    }
+    QVERIFY(m_device->isOpen());
+}
+
+void tst_DeviceTransport::bytesFromBeforeOpeningAreNoReply()
+{
+    m_device.reset();
+    // Most of it has time to reach the port's buffer in the system while nobody reads.
+    m_bench->wire().sendUnsolicited("VYRApp V9.9.9\n");
+    Device device;
+    const Announcements heard(device);
+    QVERIFY(connectWithoutPoll(device));
+    QCOMPARE(heard.chunks.value(0), QByteArray("VYRApp V2.7.0\n"));
+    QCOMPARE(device.runningVersion().version.toString(), QStringLiteral("2.7.0"));
+}
+
+void tst_DeviceTransport::lateReplyIsNobodysReply()
+{
+    m_bench->setAnswer("temps", "temps:Necsel=1\n");
+    m_bench->wire().addFault({WireFault::Kind::LateReply, 1, "temps", 1550ms, 0, {}});
+    const Announcements heard(*m_device);
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), -40007);
+    QVERIFY(waitUntil([&] { return !heard.chunks.isEmpty(); }));
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+}
+
+void tst_DeviceTransport::strangeBytes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("code");
+
+    QByteArray everyByte;
+    for (int i = 0; i < 256; ++i)
+        everyByte += static_cast<char>(i);
+    QTest::newRow("every byte") << everyByte << -40009;
+    QTest::newRow("zero bytes") << QByteArray(64, '\0') << -40009;
+    QTest::newRow("zero in front") << QByteArray("\0set:405=1\n", 11) << -40009;
+    QTest::newRow("broken characters") << QByteArray("\xC3\x28\xFE\xFF\xF8\n") << -40009;
+    QTest::newRow("64 KiB without a line end") << QByteArray(64 * 1024, 'x') << -40009;
+    QTest::newRow("64 KiB of items") << "set:" + QByteArray("1=2,").repeated(16 * 1024) << 0;
+    QTest::newRow("line feeds") << QByteArray(100, '\n') << -40009;
+}
+
+void tst_DeviceTransport::strangeBytes()
+{
+    QFETCH(const QByteArray, bytes);
+    m_bench->setAnswer("set?", bytes);
+    IntensityLevels levels{};
+    QTEST(m_device->getIntensityLevels(levels), "code");
+    // All of it is taken in, and none of it is left for the next reply.
+    listenFor(50ms);
+    QString reply;
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+    QVERIFY(m_device->isOpen());
+}
+
+void tst_DeviceTransport::shortWrite()
+{
+    m_bench->wire().setStalled(true);
+    const LogCapture log(LogLevel::Trace);
+    QString reply = QStringLiteral("before");
+    QCOMPARE(m_device->transaction("temps\n", reply), -40006);
+    QCOMPARE(errorMessages(log).count(QStringLiteral("Write command error.")), 1);
+    QVERIFY(m_device->isOpen());
+    // The line counts as taken until a chunk arrives.
+    QCOMPARE(m_device->transaction("v\n", reply), -40013);
+    QCOMPARE(reply, QStringLiteral("before"));
+    m_bench->wire().setStalled(false);
+    const Announcements heard(*m_device);
+    m_bench->wire().sendUnsolicited("hello\n");
+    QVERIFY(waitUntil([&] { return !heard.chunks.isEmpty(); }));
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"v"});
+}
+
+void tst_DeviceTransport::shortDirectWriteFreesTheLine()
+{
+    m_bench->wire().setStalled(true);
+    const LogCapture log;
+    QCOMPARE(m_device->clearFaults(), -40006);
+    QCOMPARE(errorMessages(log).count(QStringLiteral("Write command error.")), 1);
+    m_bench->wire().setStalled(false);
+    QString reply;
+    QCOMPARE(m_device->transaction("v\n", reply), 0);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>{"v"});
+}
+
+void tst_DeviceTransport::restOfAShortWriteIsNeverSent()
+{
+    // More than the system's buffers hold: the first part goes out, the rest must not follow later.
+    m_bench->setAnswer("v", "VYRApp V2.7.0\n");
+    const QByteArray command = QByteArray(1024 * 1024, 'x') + '\n';
+    const qint64 taken = m_device->writeCommand(command);
+    QVERIFY2(taken > 0 && taken < command.size(), qPrintable(QString::number(taken)));
+    QVERIFY(m_device->isOpen());
+    listenFor(200ms);
+    QCOMPARE(m_bench->received().size(), 0); // the line feed never came
+}
+
+void tst_DeviceTransport::listenerCannotWaitForAReply()
+{
+    int code = 0;
+    const auto ask = [this, &code] {
+        QString reply;
+        code = m_device->transaction("v\n", reply);
+    };
+    connect(m_device.get(), &Device::receivedDataFromDevice, this, ask);
+    const Stopwatch watch;
+    m_bench->wire().sendUnsolicited("hello\n");
+    QVERIFY(waitUntil([&] { return code != 0; }));
+    QCOMPARE(code, -40013);
+    QVERIFY(watch.elapsed() < 1000ms);
+}
+
+/// While a wait is over but has not come back yet, another one may begin and end inside it.
+void tst_DeviceTransport::outerWaitKeepsItsOwnReply()
+{
+    QString nestedReply;
+    runWithTheReplyTo(*m_device, *m_bench, "temps",
+                      [&] { QCOMPARE(m_device->transaction("v\n", nestedReply), 0); });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(nestedReply, QStringLiteral("VYRApp V2.7.0\n"));
+    QCOMPARE(reply, QStringLiteral("ok\n"));
+}
+
+void tst_DeviceTransport::lostReplyAfterAnOuterWaitFreesTheLine()
+{
+    m_bench->setAnswer("clear", {});
+    runWithTheReplyTo(*m_device, *m_bench, "temps", [&] { QCOMPARE(m_device->clearFaults(), 0); });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    QCOMPARE(m_device->transaction("v\n", reply), -40013);
+    QVERIFY(waitUntil([&] { return m_device->transaction("v\n", reply) == 0; }, 2s));
+}
+
+void tst_DeviceTransport::waitWhileBusy()
+{
+    QCOMPARE(m_device->waitWhileBusy(), 0);
+    m_bench->setAnswer("clear", "ok\n", 100ms);
+    const Stopwatch watch;
+    QCOMPARE(m_device->clearFaults(), 0);
+    QCOMPARE(m_device->waitWhileBusy(), 0);
+    QVERIFY(watch.elapsed() >= 100ms && watch.elapsed() < 1000ms);
+    const LogCapture log(LogLevel::Trace);
+    listenFor(1700ms); // the timer does not go on
+    QVERIFY(!log.contains(QStringLiteral("Timed out waiting for busy")));
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Application);
+}
+
+void tst_DeviceTransport::busyTimeoutEndsEvenWithAQueue()
+{
+    m_bench->setAnswer("temps", "temps:\n", 50ms);
+    later(10ms, [&] { QCOMPARE(m_device->clearFaults(), 0); });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    // The queue holds a command that nobody sends while the poll is off.
+    const LogCapture log(LogLevel::Trace);
+    const QString timeout = QStringLiteral("Timed out waiting for busy");
+    const Stopwatch watch;
+    QCOMPARE(m_device->waitWhileBusy(), -40007);
+    QVERIFY(watch.elapsed() >= 1490ms && watch.elapsed() < 1700ms);
+    QCOMPARE(log.count(timeout, LogLevel::Trace), 1);
+    QCOMPARE(m_device->deviceMode(), DeviceMode::NotIdentified);
+    // Nothing takes the timer back until the device is identified anew.
+    m_bench->ports().setUsbIdentifiers({}, {});
+    QVERIFY(waitUntil([&] { return log.count(timeout) == 2; }, 2s));
+    QVERIFY(watch.elapsed() >= 2900ms);
+    m_bench->ports().setUsbIdentifiers(0x2F26, 0x3A98);
+    m_device->checkConnectionStatus();
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Application);
+    listenFor(1700ms);
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Application);
+    QCOMPARE(log.count(timeout), 2);
+}
+
+QTEST_GUILESS_MAIN(tst_DeviceTransport)
+#include "tst_DeviceTransport.moc"

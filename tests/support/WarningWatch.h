@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QMessageLogContext>
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+/// Collects the framework's warnings while it lives and passes them on; a test fails on any it did not
+/// expect. One at a time.
+class WarningWatch
+{
+public:
+    WarningWatch()
+    {
+        s_messages.clear();
+        s_previous = qInstallMessageHandler(&WarningWatch::handle);
+    }
+    ~WarningWatch() { qInstallMessageHandler(s_previous); }
+
+    WarningWatch(const WarningWatch&) = delete;
+    WarningWatch& operator=(const WarningWatch&) = delete;
+
+    /// What was warned of, except for what the screenless platform says of its own limits.
+    static QStringList messages() { return s_messages; }
+
+private:
+    static void handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
+    {
+        const bool isWarning = type == QtWarningMsg || type == QtCriticalMsg;
+        if (isWarning && !text.startsWith(QLatin1String("This plugin does not support"))) {
+            s_messages.append(text);
+        }
+        if (s_previous != nullptr) {
+            s_previous(type, context, text);
+        }
+    }
+
+    static inline QtMessageHandler s_previous = nullptr;
+    static inline QStringList s_messages;
+};
