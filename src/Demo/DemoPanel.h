@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QGridLayout;
+class QLabel;
+class QPushButton;
+
+namespace Simulator {
+class SimulatedIlluminator;
+}
+
+/// What a person could do to the illuminator itself: pull the cable, cause faults and warnings, feed its
+/// external inputs. A small window beside the program's; the illuminator must outlive it.
+class DemoPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Belongs to `window`, and opens beside it when that is shown.
+    DemoPanel(Simulator::SimulatedIlluminator& illuminator, QWidget& window);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QWidget* createDeviceGroup();
+    QWidget* createFaultGroup();
+    QWidget* createWarningGroup();
+    QWidget* createInputsGroup();
+    void addInputRow(QGridLayout& grid, int channel);
+    void showBesideWindow();
+    void togglePlugged();
+    void showState();
+
+    Simulator::SimulatedIlluminator& m_illuminator;
+    QLabel* m_state = nullptr;
+    QPushButton* m_plug = nullptr;
+    QComboBox* m_faults = nullptr;
+};

@@ -1,0 +1,74 @@
+#include "app/Startup.h"
+
+#include "QsLog2_1_0/QsLog.h"
+#include "Resources/Resources.h"
+#include "mainwindow/PelorinMainWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
+#include <QStringList>
+
+namespace {
+constexpr qint64 maximumLogBytes = 2'000'000;
+constexpr int oldLogsRequested = 25;
+
+int runWindow(const QString& arguments, const std::function<void(PelorinMainWindow&)>& beforeShow)
+{
+    PelorinMainWindow window;
+    // The constructor has loaded the settings already. What it applied is applied to a fresh set of channels
+    // once more, so that a start leaves the same state as any later reload.
+    window.loadSettings();
+    window.processCommandLine(arguments);
+    if (beforeShow) {
+        beforeShow(window);
+    }
+    window.show();
+    const int exitCode = QApplication::exec();
+    window.saveSettings();
+    return exitCode;
+}
+} // namespace
+
+QString prepareDataFolder()
+{
+    const QString documents =
+        QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
+    QString folder = QDir::cleanPath(documents + QLatin1String("/Tarnwick/VYR"));
+    if (!QDir(folder).exists()) {
+        QDir().mkpath(folder);
+    }
+    return folder;
+}
+
+void configureLog(const QString& folder)
+{
+    QsLogging::Logger& logger = QsLogging::Logger::instance();
+    logger.setLevel(QsLogging::LogLevel::Info);
+    logger.addDestination(QsLogging::makeFileDestination(folder + QLatin1String("/VYR_Log.txt"), true,
+                                                         maximumLogBytes, oldLogsRequested));
+    logger.addDestination(QsLogging::makeDebugOutputDestination());
+}
+
+QString joinArguments(int argc, const char* const* argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return arguments.join(QLatin1Char(' '));
+}
+
+int runProgram(int argc, char** argv, const std::function<void(PelorinMainWindow&)>& beforeShow)
+{
+    configureLog(prepareDataFolder());
+
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    const QString arguments = joinArguments(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwick"));
+    QCoreApplication::setApplicationName(QStringLiteral("VYR"));
+    applyLook(application);
+    return runWindow(arguments, beforeShow);
+}

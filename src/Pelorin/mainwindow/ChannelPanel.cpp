@@ -1,0 +1,182 @@
+#include "mainwindow/ChannelPanel.h"
+
+#include <QFrame>
+#include <QIntValidator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QSlider>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+constexpr int minimumPercent = 0;
+constexpr int maximumPercent = 100;
+constexpr int collapsedColumnHeight = 100;
+constexpr int expandedColumnHeight = 551;
+
+constexpr char sliderStyle[] =
+    "QSlider::add-page:vertical {background:#%1%2%3; border:1px solid #000;width:10px;border-radius:7px;}"
+    "QSlider::groove:vertical {border:1px solid #000; background:#000; width:20px;border-radius: 7px; "
+    "margin-top:10px; margin-bottom:10px;}"
+    "QSlider::sub-page:vertical {background:#000;border:1px solid #000;width:10px;border-radius:7px;}"
+    "QSlider::handle:vertical {background: qlineargradient(x1:0, y1:0, x2:0, y2:1,stop:0 #888, stop:1 #222);"
+    "border:0px solid #000;width:50px;height:15px;margin:-10px;border-radius: 4px;}"
+    "QSlider::handle:vertical:hover {background:qlineargradient(x1:0, y1:0, x2:0, y2:1,stop:0 #999, stop:1 "
+    "#333);border: 0px solid #444;border-radius: 4px;}"
+    "QSlider::sub-page:vertical:disabled {background: #bbb;border-color: #999;}"
+    "QSlider::add-page:vertical:disabled {background: #eee;border-color: #999;}"
+    "QSlider::handle:vertical:disabled {background: #eee;border: 1px solid #aaa;border-radius: 4px;}";
+
+template<typename Widget>
+Widget* find(const QWidget& window, const char* objectName, int number)
+{
+    auto* widget = window.findChild<Widget*>(QString::fromLatin1(objectName) + QString::number(number));
+    Q_ASSERT(widget != nullptr);
+    return widget;
+}
+
+QString hexadecimal(int component)
+{
+    return QStringLiteral("%1").arg(component, 2, 16, QLatin1Char('0'));
+}
+} // namespace
+
+ChannelPanel::ChannelPanel(const QWidget& window)
+{
+    int number = 0;
+    for (ChannelWidgets& channel : m_widgets) {
+        ++number;
+        channel.column = find<QFrame>(window, "frameChannel", number);
+        channel.lowerPart = find<QFrame>(window, "frameChannelBottom", number);
+        channel.name = find<QLineEdit>(window, "lineEditSliderName", number);
+        channel.percentage = find<QLineEdit>(window, "lineEditSliderPercentage", number);
+        channel.arrows = find<QLabel>(window, "labelSliderUpDownButtons", number);
+        channel.slider = find<QSlider>(window, "verticalSliderChannel", number);
+        channel.shutter = find<QPushButton>(window, "pushButtonChannelShutter", number);
+    }
+}
+
+void ChannelPanel::showIntensity(int number, float percent)
+{
+    if (std::isnan(percent)) {
+        widgets(number).percentage->clear();
+        return;
+    }
+    const float held =
+        std::clamp(percent, static_cast<float>(minimumPercent), static_cast<float>(maximumPercent));
+    showPercentage(number, qRound(held));
+    moveSlider(number, qRound(held));
+}
+
+void ChannelPanel::showPercentage(int number, int percent)
+{
+    widgets(number).percentage->setText(QStringLiteral("%1").arg(percent));
+}
+
+void ChannelPanel::moveSlider(int number, int percent)
+{
+    const QScopedValueRollback<bool> guard(m_movingSlider, true);
+    widgets(number).slider->setValue(percent);
+}
+
+void ChannelPanel::showShutter(int number, bool open)
+{
+    QPushButton* button = widgets(number).shutter;
+    button->setChecked(open);
+    button->setText(open ? QStringLiteral("Shutter Open") : QStringLiteral("Shutter Closed"));
+}
+
+void ChannelPanel::showColour(int number, const QColor& colour)
+{
+    widgets(number).slider->setStyleSheet(
+        QString::fromLatin1(sliderStyle)
+            .arg(hexadecimal(colour.red()), hexadecimal(colour.green()), hexadecimal(colour.blue())));
+}
+
+void ChannelPanel::showVisible(int number, bool visible)
+{
+    widgets(number).column->setVisible(visible);
+}
+
+void ChannelPanel::showName(int number, const QString& name)
+{
+    widgets(number).name->setText(name);
+}
+
+QString ChannelPanel::ChannelWidgets::percentageText() const
+{
+    return percentage->text();
+}
+
+QString ChannelPanel::nameText(int number) const
+{
+    return widgets(number).name->text();
+}
+
+int ChannelPanel::openShutterCount() const
+{
+    return static_cast<int>(
+        std::count_if(m_widgets.begin(), m_widgets.end(),
+                      [](const ChannelWidgets& channel) { return channel.shutter->isChecked(); }));
+}
+
+void ChannelPanel::takeBackRefusedPercentage(const QObject* edit)
+{
+    for (const ChannelWidgets& channel : m_widgets) {
+        if (channel.percentage == edit && !channel.percentage->hasAcceptableInput()) {
+            channel.percentage->setText(QString::number(channel.slider->value()));
+        }
+    }
+}
+
+int ChannelPanel::channelOfArrows(const QObject* object) const
+{
+    const auto found =
+        std::find_if(m_widgets.begin(), m_widgets.end(),
+                     [object](const ChannelWidgets& channel) { return channel.arrows == object; });
+    return found == m_widgets.end() ? 0 : static_cast<int>(found - m_widgets.begin()) + 1;
+}
+
+int ChannelPanel::channelOfShutterButton(const QObject* object) const
+{
+    const auto found =
+        std::find_if(m_widgets.begin(), m_widgets.end(),
+                     [object](const ChannelWidgets& channel) { return channel.shutter == object; });
+    return found == m_widgets.end() ? 0 : static_cast<int>(found - m_widgets.begin()) + 1;
+}
+
+void ChannelPanel::setCollapsed(bool collapsed)
+{
+    for (const ChannelWidgets& channel : m_widgets) {
+        channel.column->setMinimumHeight(collapsed ? collapsedColumnHeight : expandedColumnHeight);
+        // The eighth lower part keeps its state, so that one slider stays at hand in the small layout.
+        if (&channel != &m_widgets.back()) {
+            channel.lowerPart->setVisible(!collapsed);
+        }
+    }
+}
+
+void ChannelPanel::installEventFilter(QObject* filter) const
+{
+    for (const ChannelWidgets& channel : m_widgets) {
+        channel.arrows->installEventFilter(filter);
+        channel.shutter->installEventFilter(filter);
+        channel.percentage->installEventFilter(filter);
+    }
+}
+
+void ChannelPanel::restrictPercentages(QObject* owner) const
+{
+    auto* validator = new QIntValidator(minimumPercent, maximumPercent, owner);
+    // The text is read as plain digits, so that no other digits or separators may come in.
+    QLocale plainDigits = QLocale::c();
+    plainDigits.setNumberOptions(QLocale::RejectGroupSeparator | QLocale::OmitGroupSeparator);
+    validator->setLocale(plainDigits);
+    for (const ChannelWidgets& channel : m_widgets) {
+        channel.percentage->setValidator(validator);
+    }
+}

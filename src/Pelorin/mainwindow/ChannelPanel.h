@@ -1,0 +1,78 @@
+#pragma once
+
+#include "device/DeviceTypes.h"
+
+#include <QColor>
+#include <QString>
+
+#include <array>
+
+class QFrame;
+class QLabel;
+class QLineEdit;
+class QObject;
+class QPushButton;
+class QSlider;
+class QWidget;
+
+/// The eight columns of the main window. It shows what it is told and sends nothing; channels are numbered
+/// from 1. The widgets stay the window's.
+class ChannelPanel
+{
+public:
+    /// Finds the columns' widgets below @p window by their object names; all of them must exist.
+    explicit ChannelPanel(const QWidget& window);
+
+    /// Shows a level in percent: held to 0 to 100, rounded, in the edit and on the slider. A level that is
+    /// no number leaves the edit empty and the slider where it is.
+    void showIntensity(int number, float percent);
+    void showShutter(int number, bool open);
+    void showColour(int number, const QColor& colour);
+    void showVisible(int number, bool visible);
+    void showName(int number, const QString& name);
+    void showPercentage(int number, int percent); ///< the edit alone
+    void moveSlider(int number, int percent);     ///< the slider alone
+
+    QString percentageText(int number) const { return widgets(number).percentageText(); }
+    QString nameText(int number) const;
+    /// True while a slider is moved by the program, whose change nobody asked for.
+    bool isMovingSlider() const { return m_movingSlider; }
+    int openShutterCount() const;
+
+    /// Puts the slider's value back in place of a text that is no percentage; @p edit may be any object.
+    void takeBackRefusedPercentage(const QObject* edit);
+
+    /// The channel whose arrow image, or whose shutter button, @p object is; 0 for any other object.
+    int channelOfArrows(const QObject* object) const;
+    int channelOfShutterButton(const QObject* object) const;
+
+    /// The small layout hides the lower part of every column but the last.
+    void setCollapsed(bool collapsed);
+
+    /// Lets @p filter see the events of all arrow images, shutter buttons and percentage edits.
+    void installEventFilter(QObject* filter) const;
+    /// Lets the percentage edits accept whole numbers from 0 to 100 only; @p owner owns the validator.
+    void restrictPercentages(QObject* owner) const;
+
+private:
+    struct ChannelWidgets
+    {
+        QFrame* column = nullptr;
+        QFrame* lowerPart = nullptr;
+        QLineEdit* name = nullptr;
+        QLineEdit* percentage = nullptr;
+        QLabel* arrows = nullptr;
+        QSlider* slider = nullptr;
+        QPushButton* shutter = nullptr;
+
+        QString percentageText() const;
+    };
+
+    const ChannelWidgets& widgets(int number) const
+    {
+        return m_widgets.at(static_cast<std::size_t>(number - 1));
+    }
+
+    std::array<ChannelWidgets, channelCount> m_widgets;
+    bool m_movingSlider = false;
+};

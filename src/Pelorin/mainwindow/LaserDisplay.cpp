@@ -1,0 +1,195 @@
+#include "mainwindow/LaserDisplay.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <QLabel>
+#include <QPixmap>
+#include <QStringList>
+
+namespace {
+constexpr char onOffOn[] = "Laser On.png";
+constexpr char onOffOff[] = "LaserOff.png";
+constexpr char onOffDisconnected[] = "LaserDisconnected.png";
+constexpr char statusOn[] = "Circle_LaserOn.png";
+constexpr char statusReady[] = "Circle_LaserReady.png";
+constexpr char statusWarmup[] = "Circle_LaserWarmup.png";
+constexpr char statusFault[] = "Circle_LaserFault.png";
+constexpr char statusInterlock[] = "Circle_LaserInterlock.png";
+constexpr char statusOff[] = "Circle_LaserOff.png";
+constexpr char fiberOn[] = "ledBlue80x80.png";
+constexpr char fiberOff[] = "ledBlue80x80OFF.png";
+
+QLabel* find(const QWidget& window, const char* objectName)
+{
+    auto* label = window.findChild<QLabel*>(QLatin1String(objectName));
+    Q_ASSERT(label != nullptr);
+    return label;
+}
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("LaserDisplay", text);
+}
+
+void setPicture(QLabel* label, const char* name)
+{
+    const QString path = QLatin1String(":/Resources/laser_output_area/") + QLatin1String(name);
+    // The icon knows the picture's larger sibling and takes it where the screen has the pixels for it.
+    label->setPixmap(QIcon(path).pixmap(label->window()->windowHandle(), QPixmap(path).size()));
+}
+
+QString statusWord(const LaserState& state)
+{
+    if (state.fault) {
+        return tr("Fault");
+    }
+    switch (state.mode) {
+    case FunctionalModeWarmup:
+        return tr("Warm-up");
+    case FunctionalModeRun:
+        return tr("Run");
+    case FunctionalModeIdle:
+        break;
+    }
+    return tr("Idle");
+}
+
+const char* statusPicture(const LaserState& state)
+{
+    if (state.mode == FunctionalModeRun) {
+        return state.fault ? statusFault : statusOn;
+    }
+    if (state.mode == FunctionalModeWarmup) {
+        return state.fault ? statusFault : statusWarmup;
+    }
+    if (state.fault) {
+        return state.interlockImage ? statusInterlock : statusFault;
+    }
+    return statusReady;
+}
+} // namespace
+
+LaserDisplay::LaserDisplay(const QWidget& window)
+    : m_onOff(find(window, "labelLaserOnOff")), m_status(find(window, "labelLaserStatus")),
+      m_statusText(find(window, "labelLaserStatusText")), m_necselFiber(find(window, "labelNecselFiber")),
+      m_novalumFiber(find(window, "labelNovalumFiber")),
+      m_intensityControl(find(window, "labelIntensityControl")),
+      m_shutterControl(find(window, "labelShutterControl")), m_sleepTimer(find(window, "labelSleepTimer")),
+      m_systemId(find(window, "labelSystemId")), m_systemIdToolTip(m_systemId->toolTip())
+{
+    m_systemId->setTextFormat(Qt::PlainText);
+    m_statusText->setText(tr("Disconnected"));
+}
+
+void LaserDisplay::showState(const LaserState& state)
+{
+    const bool isOn = state.mode == FunctionalModeRun && !state.fault;
+    showOnOff(isOn ? onOffOn : onOffOff, isOn ? tr("Laser on") : tr("Laser off"));
+    showStatus(statusPicture(state), statusWord(state));
+    const bool ready = !state.fault && (state.mode == FunctionalModeIdle || state.mode == FunctionalModeRun);
+    showFiber(m_novalumFiber, state.noNovalumWarning && ready);
+    showFiber(m_necselFiber, state.no555Warning && ready);
+}
+
+void LaserDisplay::showConnected()
+{
+    showLaserOff();
+    m_statusText->clear();
+}
+
+void LaserDisplay::showDisconnected()
+{
+    showOnOff(onOffDisconnected, tr("Disconnected"));
+    showStatus(statusOff, tr("Disconnected"));
+    showFiber(m_necselFiber, false);
+    showFiber(m_novalumFiber, false);
+}
+
+void LaserDisplay::showLaserOff()
+{
+    showOnOff(onOffOff, tr("Laser off"));
+}
+
+void LaserDisplay::showOnOff(const char* picture, const QString& meaning) const
+{
+    setPicture(m_onOff, picture);
+    m_onOff->setAccessibleDescription(meaning);
+}
+
+void LaserDisplay::showStatus(const char* picture, const QString& word) const
+{
+    setPicture(m_status, picture);
+    m_status->setAccessibleDescription(word);
+    m_statusText->setText(word);
+}
+
+void LaserDisplay::showFiber(QLabel* label, bool lit) const
+{
+    setPicture(label, lit ? fiberOn : fiberOff);
+    label->setAccessibleDescription(lit ? tr("Lit") : tr("Dark"));
+}
+
+void LaserDisplay::showIntensityControl(quint8 mode)
+{
+    m_intensityControl->setText(mode == 1 ? tr("Intensity Control: USB")
+                                          : tr("Intensity Control: External Analog"));
+}
+
+void LaserDisplay::showShutterControl(quint8 mode)
+{
+    m_shutterControl->setText(mode == 1 ? tr("Shutter Control: USB")
+                                        : tr("Shutter Control: External Digital"));
+}
+
+void LaserDisplay::showSleepTimer(int minutes)
+{
+    m_sleepTimer->setText(minutes == 0 ? tr("Sleep Timer Disabled") : tr("Sleep Timer: %1 min").arg(minutes));
+}
+
+void LaserDisplay::showVersion(const QString& version)
+{
+    m_systemId->setText(version.isEmpty() ? QString() : tr("V%1").arg(version));
+}
+
+void LaserDisplay::showIdentity(const ProductConfig& product, const QString& version)
+{
+    showVersion(version);
+    if (!product.serialNumber.isEmpty()) {
+        m_systemId->setText(
+            QString(tr("SN %1").arg(product.serialNumber) + QLatin1String("  ") + m_systemId->text())
+                .trimmed());
+    }
+    // A tool tip takes what looks like markup for markup, and these texts are the device's.
+    const auto line = [](const QString& caption, const QString& value) {
+        return QString(caption + QLatin1String(": ") + value.toHtmlEscaped());
+    };
+    const QStringList lines{line(tr("VYR Serial Number"), product.serialNumber),
+                            line(tr("Necsel Serial Number"), product.necselSerialNumber),
+                            line(tr("Novalum Serial Number"), product.novalumSerialNumber),
+                            line(tr("VYR Hardware Version"), product.hardwareVersion),
+                            line(tr("VYR Part Number"), product.partNumber)};
+    m_systemId->setToolTip(QLatin1String("<p style='white-space:pre'>") + lines.join(QLatin1String("<br>")) +
+                           QLatin1String("</p>"));
+}
+
+void LaserDisplay::clearIdentity()
+{
+    m_systemId->clear();
+    m_systemId->setToolTip(m_systemIdToolTip);
+}
+
+bool LaserDisplay::isOnOffImage(const QObject* object) const
+{
+    return object == m_onOff;
+}
+
+bool LaserDisplay::isStatusImage(const QObject* object) const
+{
+    return object == m_status;
+}
+
+void LaserDisplay::installEventFilter(QObject* filter) const
+{
+    m_onOff->installEventFilter(filter);
+    m_status->installEventFilter(filter);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "device/DeviceTypes.h"
+
+#include <QString>
+
+class QLabel;
+class QWidget;
+
+/// What the upper part of the window shows of the laser system.
+struct LaserState
+{
+    FunctionalMode_t mode = FunctionalModeIdle; ///< any other number is shown like idle
+    bool fault = false;
+    bool interlockImage = false;   ///< selects the interlock picture instead of the fault picture in idle
+    bool no555Warning = false;     ///< the last warning did not concern the 555 nm module
+    bool noNovalumWarning = false; ///< the last warning did not concern the Novalum module
+};
+
+/// The pictures and words of the laser system's state; the labels stay the window's.
+class LaserDisplay
+{
+public:
+    /// Finds the labels below @p window by their object names; all of them must exist.
+    explicit LaserDisplay(const QWidget& window);
+
+    void showState(const LaserState& state);
+    /// A device is there, but has not told its mode yet.
+    void showConnected();
+    void showDisconnected();
+    void showLaserOff(); ///< the on/off picture alone
+
+    void showIntensityControl(quint8 mode); ///< 1 this computer, anything else the external inputs
+    void showShutterControl(quint8 mode);   ///< 1 this computer, anything else the external inputs
+    void showSleepTimer(int minutes);       ///< 0 = disabled
+    // @p version is the running firmware's, empty when it is not known; texts of the device stay plain text.
+    void showVersion(const QString& version);
+    void showIdentity(const ProductConfig& product, const QString& version);
+    void clearIdentity();
+
+    bool isOnOffImage(const QObject* object) const;
+    bool isStatusImage(const QObject* object) const;
+    void installEventFilter(QObject* filter) const;
+
+private:
+    void showOnOff(const char* picture, const QString& meaning) const;
+    void showStatus(const char* picture, const QString& word) const;
+    void showFiber(QLabel* label, bool lit) const;
+
+    QLabel* m_onOff;
+    QLabel* m_status;
+    QLabel* m_statusText;
+    QLabel* m_necselFiber;
+    QLabel* m_novalumFiber;
+    QLabel* m_intensityControl;
+    QLabel* m_shutterControl;
+    QLabel* m_sleepTimer;
+    QLabel* m_systemId;
+    QString m_systemIdToolTip; ///< the form's own, for when there is no device to tell about
+};

@@ -1,0 +1,205 @@
+// The channel columns: what the operator does to them, and what the device reports of them.
+
+#include "QsLog2_1_0/QsLog.h"
+#include "device/Device.h"
+#include "mainwindow/ChannelPanel.h"
+#include "mainwindow/CommandResult.h"
+#include "mainwindow/PelorinMainWindow.h"
+#include "scenario/Scenario.h"
+#include "ui_PelorinMainWindow.h"
+
+#include <QIcon>
+#include <QLayout>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+
+namespace {
+constexpr int intensityMinimum = 0;
+constexpr int intensityMaximum = 100;
+constexpr QSize collapsedSize(800, 400);
+constexpr QSize expandedSize(1024, 775);
+} // namespace
+
+channel* PelorinMainWindow::laser(int number) const
+{
+    return m_scenario == nullptr ? nullptr : m_scenario->channelByNumber(static_cast<quint8>(number));
+}
+
+bool PelorinMainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!m_handlingMouse && event->type() == QEvent::MouseButtonRelease) {
+        // A box or a wait runs the event loop; a second click meanwhile must not start a second flow.
+        const QScopedValueRollback<bool> guard(m_handlingMouse, true);
+        mouseReleased(watched, *static_cast<QMouseEvent*>(event));
+    } else if (event->type() == QEvent::FocusOut) {
+        m_panel->takeBackRefusedPercentage(watched);
+    }
+    return NumberedChannelSlots::eventFilter(watched, event);
+}
+
+void PelorinMainWindow::mouseReleased(const QObject* widget, const QMouseEvent& event)
+{
+    const QRect area = static_cast<const QWidget*>(widget)->rect();
+    if (event.button() != Qt::LeftButton || !area.contains(event.pos())) {
+        return;
+    }
+    if (m_display->isOnOffImage(widget)) {
+        laserOnOffClicked();
+    } else if (m_display->isStatusImage(widget)) {
+        laserStatusClicked();
+    } else if (const int number = m_panel->channelOfArrows(widget); number != 0) {
+        arrowsClicked(number, event.x() <= area.width() / 2 ? +1 : -1);
+    } else if (const int shutterNumber = m_panel->channelOfShutterButton(widget); shutterNumber != 0) {
+        shutterClicked(shutterNumber);
+    }
+}
+
+void PelorinMainWindow::sliderMoved(int number, int value)
+{
+    if (m_panel->isMovingSlider()) {
+        return;
+    }
+    m_panel->showPercentage(number, value);
+    emit channelIntensityChanged(laser(number), static_cast<float>(value));
+}
+
+void PelorinMainWindow::percentageTyped(int number)
+{
+    const float typed = m_panel->percentageText(number).toFloat();
+    const int rounded = qRound(typed);
+    m_panel->moveSlider(number, rounded);
+    // Channel 1 passes on what was typed, the others what the slider shows.
+    emit channelIntensityChanged(laser(number), number == 1 ? typed : static_cast<float>(rounded));
+}
+
+void PelorinMainWindow::nameTyped(int number)
+{
+    emit channelNameChanged(laser(number), m_panel->nameText(number));
+}
+
+void PelorinMainWindow::arrowsClicked(int number, int step)
+{
+    const int value =
+        std::clamp(m_panel->percentageText(number).toInt() + step, intensityMinimum, intensityMaximum);
+    m_panel->showPercentage(number, value);
+    m_panel->moveSlider(number, value);
+    emit channelIntensityChanged(laser(number), static_cast<float>(value));
+}
+
+void PelorinMainWindow::updateChannelName(channel* laser, const QString& name)
+{
+    // The container keeps the name; the device knows its channels by wavelength.
+    Q_UNUSED(laser)
+    Q_UNUSED(name)
+}
+
+void PelorinMainWindow::updateChannelIntensity(channel* laser, float intensityPercent)
+{
+    if (!m_device || laser == nullptr) {
+        return;
+    }
+    laser->setIntensity(intensityPercent);
+    if (isUpdateInTheWay()) {
+        return;
+    }
+    logCommandResult(m_device->setIntensity(*laser, intensityPercent), "Update intensity BUSY",
+                     "setChannelIntensity error");
+}
+
+void PelorinMainWindow::onIntensityChanged(const float* intensityLevels)
+{
+    QS_TRACE() << "Received change in intensity level from device =" << intensityLevels;
+    for (int number = 1; number <= channelCount; ++number) {
+        m_panel->showIntensity(number, intensityLevels[number - 1]);
+    }
+}
+
+void PelorinMainWindow::shutterClicked(int number)
+{
+    channel* const clicked = laser(number);
+    if (clicked == nullptr || isUpdateInTheWay() || isShutterChangeRefused(*clicked)) {
+        return;
+    }
+    const bool open = !clicked->isShutterOpen();
+    if (open && m_choices.intensityControl == 1) {
+        // The device must know how bright the channel is to be before light comes out of it.
+        updateChannelIntensity(clicked, clicked->intensity());
+        // Sending can wait for the device, and what it reported meanwhile may forbid what was allowed.
+        if (isShutterChangeRefused(*clicked)) {
+            return;
+        }
+    }
+    if (!m_device) {
+        return;
+    }
+    const int result = m_device->setShutter(*clicked, open);
+    if (result != DeviceResult::Ok) {
+        showStatus(tr("Unable to change shutter state. Error = %1").arg(result));
+    }
+}
+
+bool PelorinMainWindow::isShutterChangeRefused(const channel& laser)
+{
+    if (m_choices.shutterControl == 0) {
+        warn(tr("Shutter change not allowed.  System is in External Shutter Control Mode."));
+        return true;
+    }
+    if (laser.isShutterOpen()) {
+        return false;
+    }
+    if (!laser.isEnabled()) {
+        warn(tr("Channel is disabled due to fiber interlock."));
+        return true;
+    }
+    if (m_panel->openShutterCount() >= m_maximumEnabledChannels) {
+        warn(tr("System at limit of enabled channels.  Please disable a channel."));
+        return true;
+    }
+    return false;
+}
+
+void PelorinMainWindow::onShutterChanged(const bool* shutterStates)
+{
+    for (int number = 1; number <= channelCount; ++number) {
+        const bool open = shutterStates[number - 1];
+        QS_INFO() << "Received change in shutter state. Channel" << number << "State" << open;
+        emit channelShutterChanged(laser(number), open);
+        m_panel->showShutter(number, open);
+    }
+}
+
+void PelorinMainWindow::onInvertTTLChanged(quint8 channelIndex, bool inverted)
+{
+    if (m_scenario == nullptr || channelIndex >= m_scenario->channels().size()) {
+        return;
+    }
+    channel* const changed = m_scenario->channels().at(channelIndex);
+    changed->setTtlInverted(inverted);
+    if (m_device && !isUpdateInTheWay()) {
+        m_device->setTTLInvert(*changed, inverted);
+    }
+}
+
+void PelorinMainWindow::on_pushButtonExpandCollapseWindow_clicked()
+{
+    setCollapsed(!m_collapsed);
+}
+
+void PelorinMainWindow::setCollapsed(bool collapsed)
+{
+    m_panel->setCollapsed(collapsed);
+    // Until the layouts know of the change, the old minimum size would stand in the way of the new size.
+    m_ui->centralwidget->layout()->activate();
+    layout()->activate();
+    resize(collapsed ? collapsedSize : expandedSize);
+    if (collapsed) {
+        repaint();
+    }
+    m_ui->pushButtonExpandCollapseWindow->setText(collapsed ? tr("Expand") : tr("Collapse"));
+    m_ui->pushButtonExpandCollapseWindow->setIcon(
+        QIcon(collapsed ? QStringLiteral(":/Resources/buttons/expand.png")
+                        : QStringLiteral(":/Resources/buttons/collapse.png")));
+    m_collapsed = collapsed;
+}

@@ -1,0 +1,247 @@
+// The laser system as a whole: on and off, mode, faults and warnings, connecting and disconnecting.
+
+#include "QsLog2_1_0/QsLog.h"
+#include "device/Device.h"
+#include "mainwindow/PelorinMainWindow.h"
+#include "scenario/Scenario.h"
+#include "update/Update.h"
+
+#include <QPointer>
+#include <QScopedValueRollback>
+
+namespace {
+// Of the whole process, like the one device that the clicks are for.
+bool laserButtonBusy = false;
+bool onOffClickBusy = false;
+bool statusClickBusy = false;
+} // namespace
+
+void PelorinMainWindow::laserOnOffClicked()
+{
+    if (onOffClickBusy || !m_device || isUpdateInTheWay()) {
+        return;
+    }
+    const QScopedValueRollback<bool> guard(onOffClickBusy, true);
+    if (!m_laserOn && m_choices.intensityControl == 1 && m_scenario != nullptr) {
+        const QList<channel*> channels = m_scenario->channels();
+        for (const channel* laser : channels) {
+            m_device->setIntensity(*laser, laser->intensity());
+        }
+    }
+    setLaserOn(!m_laserOn);
+}
+
+void PelorinMainWindow::setLaserOn(bool on)
+{
+    QS_INFO() << "Laser On/Off pressed <<" << on;
+    if (laserButtonBusy) {
+        QS_WARN() << "Laser On/Off button BUSY";
+        return;
+    }
+    const QScopedValueRollback<bool> guard(laserButtonBusy, true);
+    if (isUpdateInTheWay()) {
+        return;
+    }
+    if (on) {
+        requestRun();
+    } else if (m_device && m_device->setFunctionalMode(FunctionalModeIdle) != DeviceResult::Ok) {
+        QS_ERROR() << "Error setting idle mode";
+    }
+}
+
+void PelorinMainWindow::requestRun()
+{
+    if (m_device && m_state.mode == FunctionalModeIdle && !m_device->faultState()) {
+        QS_INFO() << "Attempt to set run mode";
+        if (m_device->setFunctionalMode(FunctionalModeRun) != DeviceResult::Ok) {
+            QS_ERROR() << "Error setting run mode";
+        }
+        return;
+    }
+    if (m_device && m_state.mode == FunctionalModeRun) {
+        QS_ERROR() << "Ignoring set to run mode, going to idle";
+        m_device->setFunctionalMode(FunctionalModeIdle);
+        return;
+    }
+    QS_ERROR() << "Not ready to run or error";
+    if (m_state.mode == FunctionalModeWarmup) {
+        showStatus(tr("System warming up.  Not ready to run."));
+    } else if (m_device && m_device->faultState()) {
+        showStatus(tr("System in fault state.  Not ready to run."));
+    }
+}
+
+void PelorinMainWindow::laserStatusClicked()
+{
+    if (statusClickBusy || !m_device || isUpdateInTheWay()) {
+        return;
+    }
+    const QScopedValueRollback<bool> guard(statusClickBusy, true);
+    QS_INFO() << "Clear faults pressed <<";
+    m_device->clearFaults();
+}
+
+void PelorinMainWindow::onFunctionalModeChanged(FunctionalMode_t mode)
+{
+    if (mode == FunctionalModeRun) {
+        QS_INFO() << "Mode Changed to RUN";
+    } else if (mode == FunctionalModeIdle) {
+        QS_INFO() << "Mode Changed to IDLE";
+    } else if (mode == FunctionalModeWarmup) {
+        QS_INFO() << "Mode Changed to WARMUP";
+    }
+    m_state.mode = mode;
+    m_state.fault = m_device && m_device->faultState();
+    m_laserOn = mode == FunctionalModeRun && !m_state.fault;
+    showModeInStatusBar();
+    m_display->showState(m_state);
+}
+
+void PelorinMainWindow::showModeInStatusBar()
+{
+    if (m_device && m_device->warningState()) {
+        return;
+    }
+    if (m_state.mode == FunctionalModeWarmup) {
+        showStatus(tr("Warm up mode"));
+    } else if (!m_state.fault) {
+        showStatus(m_state.mode == FunctionalModeRun ? tr("Run mode") : tr("Idle mode"));
+    }
+}
+
+void PelorinMainWindow::onFaultStateChanged(bool state, const QString& message)
+{
+    QS_INFO() << "Received change in fault state from device =" << state << "msg =" << message;
+    showStatus(state ? message : tr("System Fault Cleared"));
+    onFunctionalModeChanged(m_state.mode);
+}
+
+void PelorinMainWindow::onWarningStateChanged(bool state, const QString& message)
+{
+    QS_INFO() << "Received change in warning state from device =" << state << "msg =" << message;
+    if (m_device && !m_device->faultState()) {
+        showStatus(state ? message : tr("Warnings Cleared"));
+    }
+    m_state.no555Warning = !message.contains(QLatin1String("555"));
+    m_state.noNovalumWarning = !message.contains(QLatin1String("Novalum"), Qt::CaseInsensitive);
+    if (m_scenario != nullptr) {
+        const QList<channel*> channels = m_scenario->channels();
+        for (channel* laser : channels) {
+            // By the operator's name: whoever moves the 555 nm laser to another channel renames that channel.
+            const bool isOn555Fiber = laser->name().contains(QLatin1String("555"), Qt::CaseInsensitive);
+            const bool enabled = isOn555Fiber ? m_state.no555Warning : m_state.noNovalumWarning;
+            if (laser->isEnabled() != enabled) {
+                laser->setEnabled(enabled);
+                emit channelEnableChanged(laser, enabled);
+            }
+        }
+    }
+    onFunctionalModeChanged(m_state.mode);
+}
+
+void PelorinMainWindow::onDeviceConnected(const QString& portName)
+{
+    showStatus(tr("Device connected on %1").arg(portName));
+    m_display->showConnected();
+    if (m_update->isInProgress()) {
+        return;
+    }
+    const QPointer<PelorinMainWindow> self(this);
+    readIdentity();
+    // Reading waits for the device; by now the window may be closing, or the device may be gone again.
+    if (!self || m_update->isInProgress() || m_scenario == nullptr || !m_device ||
+        !m_device->isApplicationConnected()) {
+        return;
+    }
+    sendEverything();
+}
+
+void PelorinMainWindow::readIdentity()
+{
+    const QString version = m_device->deviceMode() == DeviceMode::NotIdentified
+                                ? QString()
+                                : m_device->runningVersion().version.toString();
+    m_display->showVersion(version);
+    ProductConfig product;
+    const QPointer<PelorinMainWindow> self(this);
+    if (m_device->readProductConfig(product) != DeviceResult::Ok || !self || !m_device->isOpen()) {
+        return;
+    }
+    m_display->showIdentity(product, version);
+    QS_INFO() << "VYR Serial Number" << product.serialNumber;
+    QS_INFO() << "Necsel Serial Number" << product.necselSerialNumber;
+    QS_INFO() << "Novalum Serial Number" << product.novalumSerialNumber;
+    QS_INFO() << "VYR Hardware Version" << product.hardwareVersion;
+    QS_INFO() << "VYR Part Number" << product.partNumber;
+}
+
+void PelorinMainWindow::sendEverything()
+{
+    setLaserOn(false);
+    m_device->setShutterMode(m_choices.shutterControl);
+    m_device->setIntensityMode(m_choices.intensityControl);
+    m_device->setSpeckle(m_choices.speckleReducer);
+    m_device->setSleepTime(static_cast<quint16>(effectiveSleepMinutes()));
+    const QList<channel*> channels = m_scenario->channels();
+    for (const channel* laser : channels) {
+        if (m_choices.intensityControl == 1) {
+            m_device->setIntensity(*laser, laser->intensity());
+        }
+        if (m_choices.shutterControl == 1) {
+            m_device->setShutter(*laser, laser->isShutterOpen());
+        }
+        m_device->setTTLInvert(*laser, laser->isTtlInverted());
+    }
+}
+
+void PelorinMainWindow::onDeviceDisconnected(const QString& portName)
+{
+    showStatus(tr("Device disconnected on %1").arg(portName));
+    m_laserOn = false;
+    m_display->showDisconnected();
+    m_display->clearIdentity();
+}
+
+void PelorinMainWindow::onDeviceError(const QString& errorString)
+{
+    showStatus(tr("Port error %1").arg(errorString));
+}
+
+void PelorinMainWindow::onDataReceivedFromDevice(QByteArray& bytes)
+{
+    QString text = QString::fromUtf8(bytes);
+    if (!m_device || !text.contains(QLatin1String("Firmware Update"))) {
+        return;
+    }
+    // The device is busy with its own laser controller and is left alone until that is done.
+    m_device->setUpdatingLaserController();
+    m_device->setPolling(false);
+    text.remove(QLatin1Char('\n'));
+    QS_INFO() << text;
+    showStatus(text);
+}
+
+void PelorinMainWindow::onIntensityControlChanged(quint8 mode)
+{
+    m_choices.intensityControl = mode;
+    if (m_device && !isUpdateInTheWay()) {
+        m_device->setIntensityMode(mode);
+    }
+    m_display->showIntensityControl(mode);
+}
+
+void PelorinMainWindow::onShutterControlChanged(quint8 mode)
+{
+    m_choices.shutterControl = mode;
+    if (m_device && !isUpdateInTheWay()) {
+        m_device->setShutterMode(mode);
+    }
+    m_display->showShutterControl(mode);
+    if (mode != 1) {
+        return;
+    }
+    m_display->showLaserOff();
+    if (m_scenario != nullptr && m_device) {
+        setLaserOn(false);
+    }
+}

@@ -1,0 +1,193 @@
+#include "mainwindow/PelorinMainWindow.h"
+
+#include "QsLog2_1_0/QsLog.h"
+#include "Resources/Resources.h"
+#include "device/Device.h"
+#include "mainwindow/ChannelPanel.h"
+#include "mainwindow/CommandLine.h"
+#include "mainwindow/SettingsStore.h"
+#include "scenario/Scenario.h"
+#include "settings/Console.h"
+#include "settings/SettingsDialog.h"
+#include "ui_PelorinMainWindow.h"
+#include "update/Update.h"
+
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QPointer>
+#include <QSettings>
+
+PelorinMainWindow::PelorinMainWindow(QWidget* parent)
+    : NumberedChannelSlots(parent), m_ui(std::make_unique<Ui::PelorinMainWindow>())
+{
+    initResources();
+    m_ui->setupUi(this);
+    m_panel = std::make_unique<ChannelPanel>(*this);
+    m_display = std::make_unique<LaserDisplay>(*this);
+    m_store = openSettingsStore();
+    m_update = new Update(window(), m_store.get());
+
+    m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));
+    setWindowTitle(windowTitle() + m_versionString);
+    QS_INFO() << "Program started: " << m_versionString;
+
+    setWindowFlags(windowFlags() | Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint);
+    m_panel->restrictPercentages(this);
+    m_panel->installEventFilter(this);
+    m_display->installEventFilter(this);
+
+    m_device = std::make_unique<Device>();
+    connectDevice();
+    connect(this, &PelorinMainWindow::channelNameChanged, this, &PelorinMainWindow::updateChannelName,
+            Qt::DirectConnection);
+    connect(this, &PelorinMainWindow::channelIntensityChanged, this,
+            &PelorinMainWindow::updateChannelIntensity, Qt::DirectConnection);
+    loadSettings();
+}
+
+PelorinMainWindow::~PelorinMainWindow()
+{
+    // The link tells of its end, so it goes while everything that listens is still whole.
+    m_device.reset();
+    delete m_settingsDialog;
+    delete m_update;
+}
+
+void PelorinMainWindow::connectDevice()
+{
+    Device* device = m_device.get();
+    connect(device, &Device::receivedDataFromDevice, this, &PelorinMainWindow::onDataReceivedFromDevice,
+            Qt::DirectConnection);
+    connect(device, &Device::portError, this, &PelorinMainWindow::onDeviceError, Qt::DirectConnection);
+    connect(device, &Device::deviceDisconnected, this, &PelorinMainWindow::onDeviceDisconnected,
+            Qt::DirectConnection);
+    connect(device, &Device::deviceConnected, this, &PelorinMainWindow::onDeviceConnected,
+            Qt::DirectConnection);
+    connect(device, &Device::functionalModeChanged, this, &PelorinMainWindow::onFunctionalModeChanged,
+            Qt::DirectConnection);
+    connect(device, &Device::faultStateChanged, this, &PelorinMainWindow::onFaultStateChanged,
+            Qt::DirectConnection);
+    connect(device, &Device::warningStateChanged, this, &PelorinMainWindow::onWarningStateChanged,
+            Qt::DirectConnection);
+    connect(device, &Device::shutterChanged, this, &PelorinMainWindow::onShutterChanged,
+            Qt::DirectConnection);
+    connect(device, &Device::intensityChanged, this, &PelorinMainWindow::onIntensityChanged,
+            Qt::DirectConnection);
+}
+
+void PelorinMainWindow::processCommandLine(const QString& arguments)
+{
+    const CommandLine commandLine = CommandLine::parse(arguments);
+    m_forceUpdate = commandLine.forceUpdate;
+    if (commandLine.limitChannels) {
+        m_maximumEnabledChannels = 4;
+    }
+    if (m_settingsDialog == nullptr) {
+        createSettingsDialog(commandLine.diagnostic);
+    }
+    setWindowTitle(windowTitle() + commandLine.titleSuffix);
+}
+
+void PelorinMainWindow::createSettingsDialog(bool diagnostic)
+{
+    m_settingsDialog =
+        new SettingsDialog(this, m_device.get(), m_update, m_store.get(), diagnostic, m_versionString);
+    m_settingsDialog->setServiceLevel(diagnostic);
+    connectSettingsDialog();
+}
+
+void PelorinMainWindow::connectSettingsDialog()
+{
+    Device* device = m_device.get();
+    SettingsDialog* dialog = m_settingsDialog;
+    connect(dialog->console(), &Console::getData, device, &Device::writeRaw, Qt::DirectConnection);
+    connect(device, &Device::receivedDataFromDevice, dialog, &SettingsDialog::receivedDataFromDevice,
+            Qt::DirectConnection);
+    connect(device, &Device::deviceDisconnected, dialog, &SettingsDialog::onDeviceDisconnected,
+            Qt::DirectConnection);
+    connect(device, &Device::deviceConnected, dialog, &SettingsDialog::onDeviceConnected,
+            Qt::DirectConnection);
+    connect(device, &Device::invertedStateChanged, dialog, &SettingsDialog::onInvertedTTLStateChanged,
+            Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::comPortChanged, device, &Device::selectPort, Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::shutterControlChanged, this, &PelorinMainWindow::onShutterControlChanged,
+            Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::intensityControlChanged, this,
+            &PelorinMainWindow::onIntensityControlChanged, Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::sleepTimerChanged, this, &PelorinMainWindow::onSleepTimerChanged,
+            Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::sleepTimerEnableChanged, this,
+            &PelorinMainWindow::onSleepTimerEnableChanged, Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::speckleControlChanged, this, &PelorinMainWindow::onSpeckleControlChanged,
+            Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::enhancedDiagsChanged, this, &PelorinMainWindow::onEnhancedDiagsChanged,
+            Qt::DirectConnection);
+    connect(dialog, &SettingsDialog::invertTTLChanged, this, &PelorinMainWindow::onInvertTTLChanged,
+            Qt::DirectConnection);
+    connect(dialog, &QDialog::finished, this, &PelorinMainWindow::onSettingsDialogClosed,
+            Qt::DirectConnection);
+}
+
+void PelorinMainWindow::closeEvent(QCloseEvent* event)
+{
+    // A device whose firmware is half written does not start again by itself.
+    if (isUpdateInTheWay()) {
+        event->ignore();
+        return;
+    }
+    writeWindowLayout(*m_store, {m_collapsed, saveGeometry(), saveState(0)});
+    flushSettings(*m_store);
+    NumberedChannelSlots::closeEvent(event);
+    // The window may have been closed inside a wait for the device, which would hold up the program's end.
+    m_device->shutDown();
+}
+
+void PelorinMainWindow::on_pushButtonSettings_clicked()
+{
+    if (m_settingsDialog == nullptr) {
+        return;
+    }
+    m_settingsDialog->show();
+    m_settingsDialog->raise();
+    m_settingsDialog->activateWindow();
+}
+
+void PelorinMainWindow::onSettingsDialogClosed(int result)
+{
+    Q_UNUSED(result)
+    // An update has the line for itself, whatever is closed meanwhile.
+    if (m_device && !m_update->isInProgress()) {
+        m_device->setPolling(true);
+    }
+}
+
+void PelorinMainWindow::onEnhancedDiagsChanged(bool enabled)
+{
+    m_choices.verboseLogging = enabled;
+    QsLogging::Logger::instance().setLevel(enabled ? QsLogging::LogLevel::Trace : QsLogging::LogLevel::Info);
+}
+
+void PelorinMainWindow::showStatus(const QString& text)
+{
+    m_ui->statusBar->showMessage(text);
+}
+
+void PelorinMainWindow::warn(const QString& text)
+{
+    // On the heap and watched: the window may go while the box is open, and would take the box along.
+    const QPointer<QMessageBox> box(
+        new QMessageBox(QMessageBox::Warning, QString(), text, QMessageBox::Ok, this));
+    box->setTextFormat(Qt::PlainText);
+    box->exec();
+    delete box;
+}
+
+bool PelorinMainWindow::isUpdateInTheWay()
+{
+    if (!m_update->isInProgress()) {
+        return false;
+    }
+    showStatus(tr("Firmware update in progress."));
+    return true;
+}

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "device/DeviceTypes.h"
+#include "mainwindow/LaserDisplay.h"
+#include "mainwindow/NumberedChannelSlots.h"
+#include "mainwindow/UserSettings.h"
+#include "mainwindow/channel.h"
+
+#include <QString>
+
+#include <memory>
+
+class ChannelPanel;
+class Device;
+class QMouseEvent;
+class QSettings;
+class Scenario;
+class SettingsDialog;
+class Update;
+
+namespace Ui {
+class PelorinMainWindow;
+}
+
+/// The program's one window. It turns what the operator does into commands for the link and shows what the
+/// device reports; nothing on it changes because it was asked for. Channels are numbered from 1 here.
+class PelorinMainWindow : public NumberedChannelSlots
+{
+    Q_OBJECT
+
+public:
+    explicit PelorinMainWindow(QWidget* parent = nullptr);
+    ~PelorinMainWindow() override;
+
+    PelorinMainWindow(const PelorinMainWindow&) = delete;
+    PelorinMainWindow& operator=(const PelorinMainWindow&) = delete;
+
+    /// Builds a fresh set of channels from the settings store and applies every stored choice; the channels
+    /// of an earlier call stay alive as long as the window.
+    void loadSettings();
+    /// Interprets the arguments (see CommandLine) and creates the settings dialog; to be called once.
+    void processCommandLine(const QString& arguments);
+    /// Stores everything but the window's layout, which is stored when the window closes.
+    void saveSettings();
+    /// Asks the device for run or idle; the pictures follow its report.
+    void setLaserOn(bool on);
+
+    // All of these stay the window's.
+    Device* device() const { return m_device.get(); }
+    Update* update() const { return m_update; }
+    Scenario* scenario() const { return m_scenario; }
+    SettingsDialog* settingsDialog() const
+    {
+        return m_settingsDialog;
+    } ///< null before the command line is read
+    bool isUpdateForced() const { return m_forceUpdate; }
+
+public slots:
+    void onDataReceivedFromDevice(QByteArray& bytes);
+    void onDeviceError(const QString& errorString);
+    void onDeviceDisconnected(const QString& portName);
+    void onDeviceConnected(const QString& portName);
+    void onFunctionalModeChanged(FunctionalMode_t mode);
+    void onFaultStateChanged(bool state, const QString& message);
+    void onWarningStateChanged(bool state, const QString& message);
+    void onShutterChanged(const bool* shutterStates);      ///< eight entries in channel order
+    void onIntensityChanged(const float* intensityLevels); ///< eight entries in percent in channel order
+
+    void onShutterControlChanged(quint8 mode);   ///< 1 this computer, else the external inputs
+    void onIntensityControlChanged(quint8 mode); ///< 1 this computer, else the external inputs
+    void onSleepTimerChanged(int minutes);
+    void onSleepTimerEnableChanged(bool enable);
+    void onSpeckleControlChanged(bool enable);
+    void onEnhancedDiagsChanged(bool enabled);
+    void onInvertTTLChanged(quint8 channelIndex, bool inverted); ///< counts from 0
+    void onSettingsDialogClosed(int result);
+
+    void updateChannelName(channel* laser, const QString& name);
+    /// Stores the level in the channel and sends it.
+    void updateChannelIntensity(channel* laser, float intensityPercent);
+
+signals:
+    // The channel container stores the first three; nobody listens to the last one yet.
+    void channelNameChanged(channel* laser, const QString& name);
+    void channelIntensityChanged(channel* laser, float intensityPercent); ///< also sent to the device
+    void channelShutterChanged(channel* laser, bool shutterIsOpen);       ///< as the device reports it
+    void channelEnableChanged(channel* laser, bool enabled);              ///< by a fibre interlock
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private slots:
+    void on_pushButtonSettings_clicked();
+    void on_pushButtonExpandCollapseWindow_clicked();
+
+private:
+    void sliderMoved(int number, int value) override;
+    void percentageTyped(int number) override;
+    void nameTyped(int number) override;
+
+    // Construction
+    void connectDevice();
+    void createSettingsDialog(bool diagnostic);
+    void connectSettingsDialog();
+    // Talking to the operator
+    void showStatus(const QString& text); ///< in the status bar, until the next one
+    void warn(const QString& text);       ///< in a box that waits for its OK
+    bool isUpdateInTheWay();              ///< true, and told in the status bar, while an update has the line
+    // Channels
+    channel* laser(int number) const; ///< null for a number that no channel has
+    void mouseReleased(const QObject* widget, const QMouseEvent& event);
+    void arrowsClicked(int number, int step);
+    void shutterClicked(int number);
+    bool
+    isShutterChangeRefused(const channel& laser); ///< true, and told in a box, when it may not change now
+    void setCollapsed(bool collapsed);
+    // Laser system
+    void laserOnOffClicked();
+    void laserStatusClicked();
+    void requestRun();
+    void showModeInStatusBar();
+    void readIdentity();
+    void sendEverything();
+    // Settings
+    void createChannels(const UserSettings& settings);
+    void connectChannels();
+    int effectiveSleepMinutes() const; ///< 0 while the timer is switched off
+    void sendSleepTime(const char* busyText, const char* errorText);
+
+    std::unique_ptr<Ui::PelorinMainWindow> m_ui;
+    std::unique_ptr<QSettings> m_store;
+    std::unique_ptr<Device> m_device;
+    std::unique_ptr<ChannelPanel> m_panel;
+    std::unique_ptr<LaserDisplay> m_display;
+    Update* m_update = nullptr;
+    SettingsDialog* m_settingsDialog = nullptr;
+    Scenario* m_scenario = nullptr;
+    OperatingChoices m_choices;
+    LaserState m_state;
+    QString m_versionString;
+    quint8 m_maximumEnabledChannels = 4;
+    bool m_forceUpdate = false;
+    bool m_laserOn = false; ///< run mode is shown, and no fault
+    bool m_collapsed = false;
+    bool m_handlingMouse = false;
+};
