@@ -39,6 +39,7 @@ function(vyr_add_test name)
   add_test(NAME ${name} COMMAND ${name})
   set(environment
     QT_QPA_PLATFORM=offscreen
+    QT_FONT_DPI=96
     XDG_RUNTIME_DIR=${VYR_TEST_RUNTIME_DIR}
     XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-homes/${name}
     LC_ALL=C.UTF-8

@@ -3,6 +3,7 @@
 #include "Simulator/SimulatedIlluminator.h"
 
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
@@ -28,9 +29,9 @@ struct Warning
 };
 const Warning kWarnings[] = {
     {"No warning", ""},
-    {"555 fibre open", "555 fiber interlock"},
-    {"Novalum fibre open", "Novalum fiber interlock"},
-    {"Both fibres open", "555 and Novalum fiber interlock"},
+    {"555 fiber open", "555 fiber interlock"},
+    {"Novalum fiber open", "Novalum fiber interlock"},
+    {"Both fibers open", "555 and Novalum fiber interlock"},
 };
 
 QString modeInWords(const Simulator::IlluminatorState& state)
@@ -57,6 +58,8 @@ DemoPanel::DemoPanel(Simulator::SimulatedIlluminator& illuminator, QWidget& wind
 {
     setWindowTitle(tr("Simulated Illuminator"));
     window.installEventFilter(this);
+    m_showSoon.setSingleShot(true);
+    connect(&m_showSoon, &QTimer::timeout, this, &DemoPanel::showBesideWindow);
     // The panel belongs to the window and must not keep the program running when that is closed.
     setAttribute(Qt::WA_QuitOnClose, false);
     auto* layout = new QVBoxLayout(this);
@@ -165,9 +168,17 @@ void DemoPanel::addInputRow(QGridLayout& grid, int channel)
 bool DemoPanel::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Show && !event->spontaneous()) {
-        showBesideWindow();
+        m_showSoon.start(0); // where the window's frame stands is known after this
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void DemoPanel::closeEvent(QCloseEvent* event)
+{
+    // It could not be brought back; it goes with the window.
+    if (event->spontaneous()) {
+        event->ignore();
+    }
 }
 
 void DemoPanel::showBesideWindow()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 class QComboBox;
@@ -23,6 +24,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     QWidget* createDeviceGroup();
@@ -35,6 +37,7 @@ private:
     void showState();
 
     Simulator::SimulatedIlluminator& m_illuminator;
+    QTimer m_showSoon;
     QLabel* m_state = nullptr;
     QPushButton* m_plug = nullptr;
     QComboBox* m_faults = nullptr;

@@ -122,7 +122,8 @@ void DeviceTest::runWithTheReplyTo(Device& device, ScriptedBench& bench, const Q
     QObject::connect(&device, &Device::receivedDataFromDevice, &device, [step, runOnce] {
         if (*step == Step::Asked) {
             *step = Step::Received;
-            later(0ms, runOnce);
+            later(1ms, runOnce);
+            QThread::msleep(3);
         }
     });
 }

@@ -37,6 +37,123 @@ QString told(int code, const QString& value)
 } // namespace
 Q_DECLARE_METATYPE(Query)
 
+namespace {
+void row(const QByteArray& line, const QByteArray& reply, const char* expected, const char* untouched,
+         const Query& query)
+{
+    QTest::newRow(QByteArray(line + " " + reply.left(20).simplified()).constData())
+        << query << line << reply << QString::fromLatin1(expected) << QString::fromLatin1(untouched);
+}
+
+void addStateQueries()
+{
+    const Query mode = [](Device& device) {
+        FunctionalMode_t value = FunctionalModeWarmup;
+        const int code = device.getFunctionalMode(value);
+        return told(code, QString::number(int(value)));
+    };
+    row("f_mode?", "f_mode=RUN\n", "0 2", "-40010 0", mode);
+    row("f_mode?", "f_mode=standby\n", "-40015 0", "-40010 0", mode);
+    const Query sleep = [](Device& device) {
+        quint8 value = 7;
+        const int code = device.getSleepTime(value);
+        return told(code, QString::number(value));
+    };
+    row("sleep?", "sleep=99\n", "0 99", "-40010 7", sleep);
+    row("sleep?", "sleep=100\n", "-40015 7", "-40010 7", sleep);
+    const Query source = [](Device& device) {
+        ControlSource value{};
+        const int code = device.getIntensityMode(value);
+        return told(code, QString::number(int(value)));
+    };
+    row("int_mode?", "int_mode=PC\n", "0 1", "-40010 0", source);
+    row("int_mode?", "int_mode=x\n", "-40015 0", "-40010 0", source);
+    const Query fault = [](Device& device) {
+        StateReport value;
+        const int code = device.getFaultState(value);
+        return told(code, QString::number(value.active) + value.message);
+    };
+    row("fault?", "OK\n", "0 0OK", "-40010 0", fault);
+    row("fault?", "FAULT: fan\n", "0 1FAULT: fan", "-40010 0", fault);
+    row("fault?", "Fault: x\n", "-40009 0Fault: x", "-40010 0", fault);
+    row("warn?", "WARN: 555\n", "0 1WARN: 555", "-40010 0", [](Device& device) {
+        StateReport value;
+        const int code = device.getWarningState(value);
+        return told(code, QString::number(value.active) + value.message);
+    });
+}
+
+void addListQueries()
+{
+    const Query hours = [](Device& device) {
+        OperatingHours value{};
+        const int code = device.getHours(value);
+        return told(code, joined(value));
+    };
+    row("hours?", "hours:405=1.5,445=2\n", "0 1.5 2 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", hours);
+    row("hours?", "ok\n", "-40009 0 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", hours);
+    row("shutter?", "shutter:open,closed,open\n", "0 10100000", "-40010 00000000", [](Device& device) {
+        ShutterStates value{};
+        const int code = device.getShutterStates(value);
+        return told(code, joined(value));
+    });
+    const Query inverted = [](Device& device) {
+        TtlInvertStates value{};
+        const int code = device.getTTLInvertStates(value);
+        return told(code, joined(value));
+    };
+    row("ttl_invert?", "ttl_invert:off,on\n", "0 01000000", "-40010 00000000", inverted);
+    row("ttl_invert?", "off,on\n", "-40015 00000000", "-40010 00000000", inverted);
+    const Query levels = [](Device& device) {
+        IntensityLevels value{};
+        const int code = device.getIntensityLevels(value);
+        return told(code, joined(value));
+    };
+    row("set?", "set:405=12.5\n", "0 12.5 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", levels);
+    row("set?", "405=12.5\n", "-40009 0 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", levels);
+}
+
+void addIdentityQueries()
+{
+    row("temps", "temps:Necsel=25,LaserCurrent=1\n", "0 25 1", "-40010  ", [](Device& device) {
+        Temperatures value;
+        const int code = device.getTemperatures(value);
+        return told(code, value.necsel + QLatin1Char(' ') + value.laserCurrent);
+    });
+    for (const char* text : {"v", "v?a", "v?l"}) {
+        row(text, "Loader V1.2.3\n", "0 Loader1.2.3", "-40010 0.0.0", [text](Device& device) {
+            ImageVersion value;
+            const int code = device.getVersion(text, value);
+            return told(code, value.kind + value.version.toString());
+        });
+    }
+    row("v", "Loader\n", "-40015 x9.9.9", "-40010 x9.9.9", [](Device& device) {
+        ImageVersion value{QStringLiteral("x"), {9, 9, 9}};
+        const int code = device.getVersion("v", value);
+        return told(code, value.kind + value.version.toString());
+    });
+}
+
+void addValidityAndProductQueries()
+{
+    const Query applicationValid = [](Device& device) {
+        return QString::number(device.isApplicationValid());
+    };
+    row("isappvalid", "yes\n", "1", "0", applicationValid);
+    row("isappvalid", "no\n", "0", "0", applicationValid);
+    const Query loaderValid = [](Device& device) { return QString::number(device.isLoaderValid()); };
+    row("isloadervalid", "Yes\n", "1", "0", loaderValid);
+    row("isloadervalid", "Yes, really\n", "0", "0", loaderValid);
+    const Query product = [](Device& device) {
+        ProductConfig value;
+        const int code = device.readProductConfig(value);
+        return told(code, value.serialNumber);
+    };
+    row("prod_config", "prod_config:vyr_sn=S1\n", "0 S1", "-40010 ", product);
+    row("prod_config", "ok\n", "-40009 ", "-40010 ", product);
+}
+} // namespace
+
 class tst_DeviceCommands : public QObject
 {
     Q_OBJECT
@@ -92,103 +209,10 @@ void tst_DeviceCommands::queries_data()
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("untouched");
 
-    const auto row = [](const QByteArray& line, const QByteArray& reply, const char* expected,
-                        const char* untouched, const Query& query) {
-        QTest::newRow(QByteArray(line + " " + reply.left(20).simplified()).constData())
-            << query << line << reply << QString::fromLatin1(expected) << QString::fromLatin1(untouched);
-    };
-    const Query mode = [](Device& device) {
-        FunctionalMode_t value = FunctionalModeWarmup;
-        const int code = device.getFunctionalMode(value);
-        return told(code, QString::number(int(value)));
-    };
-    row("f_mode?", "f_mode=RUN\n", "0 2", "-40010 0", mode);
-    row("f_mode?", "f_mode=standby\n", "-40015 0", "-40010 0", mode);
-    const Query sleep = [](Device& device) {
-        quint8 value = 7;
-        const int code = device.getSleepTime(value);
-        return told(code, QString::number(value));
-    };
-    row("sleep?", "sleep=99\n", "0 99", "-40010 7", sleep);
-    row("sleep?", "sleep=100\n", "-40015 7", "-40010 7", sleep);
-    const Query source = [](Device& device) {
-        ControlSource value{};
-        const int code = device.getIntensityMode(value);
-        return told(code, QString::number(int(value)));
-    };
-    row("int_mode?", "int_mode=PC\n", "0 1", "-40010 0", source);
-    row("int_mode?", "int_mode=x\n", "-40015 0", "-40010 0", source);
-    const Query fault = [](Device& device) {
-        StateReport value;
-        const int code = device.getFaultState(value);
-        return told(code, QString::number(value.active) + value.message);
-    };
-    row("fault?", "OK\n", "0 0OK", "-40010 0", fault);
-    row("fault?", "FAULT: fan\n", "0 1FAULT: fan", "-40010 0", fault);
-    row("fault?", "Fault: x\n", "-40009 0Fault: x", "-40010 0", fault);
-    row("warn?", "WARN: 555\n", "0 1WARN: 555", "-40010 0", [](Device& device) {
-        StateReport value;
-        const int code = device.getWarningState(value);
-        return told(code, QString::number(value.active) + value.message);
-    });
-    const Query hours = [](Device& device) {
-        OperatingHours value{};
-        const int code = device.getHours(value);
-        return told(code, joined(value));
-    };
-    row("hours?", "hours:405=1.5,445=2\n", "0 1.5 2 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", hours);
-    row("hours?", "ok\n", "-40009 0 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", hours);
-    row("shutter?", "shutter:open,closed,open\n", "0 10100000", "-40010 00000000", [](Device& device) {
-        ShutterStates value{};
-        const int code = device.getShutterStates(value);
-        return told(code, joined(value));
-    });
-    const Query inverted = [](Device& device) {
-        TtlInvertStates value{};
-        const int code = device.getTTLInvertStates(value);
-        return told(code, joined(value));
-    };
-    row("ttl_invert?", "ttl_invert:off,on\n", "0 01000000", "-40010 00000000", inverted);
-    row("ttl_invert?", "off,on\n", "-40015 00000000", "-40010 00000000", inverted);
-    const Query levels = [](Device& device) {
-        IntensityLevels value{};
-        const int code = device.getIntensityLevels(value);
-        return told(code, joined(value));
-    };
-    row("set?", "set:405=12.5\n", "0 12.5 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", levels);
-    row("set?", "405=12.5\n", "-40009 0 0 0 0 0 0 0 0", "-40010 0 0 0 0 0 0 0 0", levels);
-    row("temps", "temps:Necsel=25,LaserCurrent=1\n", "0 25 1", "-40010  ", [](Device& device) {
-        Temperatures value;
-        const int code = device.getTemperatures(value);
-        return told(code, value.necsel + QLatin1Char(' ') + value.laserCurrent);
-    });
-    for (const char* text : {"v", "v?a", "v?l"}) {
-        row(text, "Loader V1.2.3\n", "0 Loader1.2.3", "-40010 0.0.0", [text](Device& device) {
-            ImageVersion value;
-            const int code = device.getVersion(text, value);
-            return told(code, value.kind + value.version.toString());
-        });
-    }
-    row("v", "Loader\n", "-40015 x9.9.9", "-40010 x9.9.9", [](Device& device) {
-        ImageVersion value{QStringLiteral("x"), {9, 9, 9}};
-        const int code = device.getVersion("v", value);
-        return told(code, value.kind + value.version.toString());
-    });
-    const Query applicationValid = [](Device& device) {
-        return QString::number(device.isApplicationValid());
-    };
-    row("isappvalid", "yes\n", "1", "0", applicationValid);
-    row("isappvalid", "no\n", "0", "0", applicationValid);
-    const Query loaderValid = [](Device& device) { return QString::number(device.isLoaderValid()); };
-    row("isloadervalid", "Yes\n", "1", "0", loaderValid);
-    row("isloadervalid", "Yes, really\n", "0", "0", loaderValid);
-    const Query product = [](Device& device) {
-        ProductConfig value;
-        const int code = device.readProductConfig(value);
-        return told(code, value.serialNumber);
-    };
-    row("prod_config", "prod_config:vyr_sn=S1\n", "0 S1", "-40010 ", product);
-    row("prod_config", "ok\n", "-40009 ", "-40010 ", product);
+    addStateQueries();
+    addListQueries();
+    addIdentityQueries();
+    addValidityAndProductQueries();
 }
 
 void tst_DeviceCommands::queries()

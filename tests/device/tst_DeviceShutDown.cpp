@@ -46,15 +46,14 @@ void tst_DeviceShutDown::cleanup()
     QCOMPARE(m_warnings.take(), QStringList());
 }
 
-void tst_DeviceShutDown::endsEveryWait_data()
+namespace {
+void row(const char* title, int code, const QList<QByteArray>& lines, const Wait& wait)
 {
-    QTest::addColumn<Wait>("wait");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QList<QByteArray>>("lines");
+    QTest::newRow(title) << wait << code << lines;
+}
 
-    const auto row = [](const char* title, int code, const QList<QByteArray>& lines, const Wait& wait) {
-        QTest::newRow(title) << wait << code << lines;
-    };
+void addExchanges()
+{
     row("transaction", -40010, {"temps"}, [](Device& device, ScriptedBench&) {
         QString reply;
         return device.transaction("temps\n", reply);
@@ -82,6 +81,10 @@ void tst_DeviceShutDown::endsEveryWait_data()
         device.pollDevice();
         return 0;
     });
+}
+
+void addSwitches()
+{
     row("go command", -40010, {"goloader"},
         [](Device& device, ScriptedBench&) { return device.sendGoCommand("goloader"); });
     row("switch to the loader", -40010, {"goloader"},
@@ -99,6 +102,17 @@ void tst_DeviceShutDown::endsEveryWait_data()
         device.checkConnectionStatus();
         return 0;
     });
+}
+} // namespace
+
+void tst_DeviceShutDown::endsEveryWait_data()
+{
+    QTest::addColumn<Wait>("wait");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QList<QByteArray>>("lines");
+
+    addExchanges();
+    addSwitches();
 }
 
 void tst_DeviceShutDown::endsEveryWait()

@@ -1,5 +1,4 @@
 #include "device/DeviceFixture.h"
-#include "device/ResultCodes.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -7,7 +6,6 @@
 using namespace DeviceTest;
 using namespace std::chrono_literals;
 using QsLogging::LogLevel;
-using Simulator::WireFault;
 
 class tst_DeviceTransport : public QObject
 {
@@ -28,15 +26,6 @@ private slots:
     void waitingCostsNoProcessorTime();
     void timeouts();
     void goCommandOutlastsOrdinaryTimeouts();
-    void firstChunkIsTheReply();
-    void bytesThatWaitInTheSystemAreNoReply();
-    void bytesFromBeforeOpeningAreNoReply();
-    void lateReplyIsNobodysReply();
-    void strangeBytes_data();
-    void strangeBytes();
-    void shortWrite();
-    void shortDirectWriteFreesTheLine();
-    void restOfAShortWriteIsNeverSent();
     void listenerCannotWaitForAReply();
     void outerWaitKeepsItsOwnReply();
     void lostReplyAfterAnOuterWaitFreesTheLine();
@@ -232,133 +221,6 @@ void tst_DeviceTransport::goCommandOutlastsOrdinaryTimeouts()
     QCOMPARE(log.count(QStringLiteral("Enqueue")), 1);
     QCOMPARE(m_device->drainQueue(), 0);
     QCOMPARE(m_bench->lines(), (QList<QByteArray>{"goloader", "clear"}));
-}
-
-void tst_DeviceTransport::firstChunkIsTheReply()
-{
-    m_bench->setAnswer("temps", "temps:Necsel=25.1\n");
-    m_bench->wire().addFault({WireFault::Kind::SplitReply, 1, "temps", 50ms, 9, {}});
-    const Announcements heard(*m_device);
-    const LogCapture log(LogLevel::Trace);
-    QString reply;
-    QCOMPARE(m_device->transaction("temps\n", reply), 0);
-    QCOMPARE(reply, QStringLiteral("temps:Nec"));
-    QVERIFY(waitUntil([&] { return heard.chunks.size() == 2; }));
-    QCOMPARE(heard.chunks, (QByteArrayList{"temps:Nec", "sel=25.1\n"}));
-    QCOMPARE(log.count(QStringLiteral("From device <-")), 2);
-    QCOMPARE(m_device->transaction("v\n", reply), 0);
-    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
-}
-
-void tst_DeviceTransport::bytesThatWaitInTheSystemAreNoReply()
-{
-    for (int i = 0; i < 50; ++i) {
-        // Nothing has run the event loop since: the bytes are in the system only.
-        m_bench->wire().sendUnsolicited("noise\n");
-        QString reply;
-        QCOMPARE(m_device->transaction("v\n", reply), 0);
-        QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
-    }
-    QVERIFY(m_device->isOpen());
-}
-
-void tst_DeviceTransport::bytesFromBeforeOpeningAreNoReply()
-{
-    m_device.reset();
-    // Most of it has time to reach the port's buffer in the system while nobody reads.
-    m_bench->wire().sendUnsolicited("VYRApp V9.9.9\n");
-    Device device;
-    const Announcements heard(device);
-    QVERIFY(connectWithoutPoll(device));
-    QCOMPARE(heard.chunks.value(0), QByteArray("VYRApp V2.7.0\n"));
-    QCOMPARE(device.runningVersion().version.toString(), QStringLiteral("2.7.0"));
-}
-
-void tst_DeviceTransport::lateReplyIsNobodysReply()
-{
-    m_bench->setAnswer("temps", "temps:Necsel=1\n");
-    m_bench->wire().addFault({WireFault::Kind::LateReply, 1, "temps", 1550ms, 0, {}});
-    const Announcements heard(*m_device);
-    QString reply;
-    QCOMPARE(m_device->transaction("temps\n", reply), -40007);
-    QVERIFY(waitUntil([&] { return !heard.chunks.isEmpty(); }));
-    QCOMPARE(m_device->transaction("v\n", reply), 0);
-    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
-}
-
-void tst_DeviceTransport::strangeBytes_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("code");
-
-    QByteArray everyByte;
-    for (int i = 0; i < 256; ++i)
-        everyByte += static_cast<char>(i);
-    QTest::newRow("every byte") << everyByte << -40009;
-    QTest::newRow("zero bytes") << QByteArray(64, '\0') << -40009;
-    QTest::newRow("zero in front") << QByteArray("\0set:405=1\n", 11) << -40009;
-    QTest::newRow("broken characters") << QByteArray("\xC3\x28\xFE\xFF\xF8\n") << -40009;
-    QTest::newRow("64 KiB without a line end") << QByteArray(64 * 1024, 'x') << -40009;
-    QTest::newRow("64 KiB of items") << "set:" + QByteArray("1=2,").repeated(16 * 1024) << 0;
-    QTest::newRow("line feeds") << QByteArray(100, '\n') << -40009;
-}
-
-void tst_DeviceTransport::strangeBytes()
-{
-    QFETCH(const QByteArray, bytes);
-    m_bench->setAnswer("set?", bytes);
-    IntensityLevels levels{};
-    QTEST(m_device->getIntensityLevels(levels), "code");
-    // All of it is taken in, and none of it is left for the next reply.
-    listenFor(50ms);
-    QString reply;
-    QCOMPARE(m_device->transaction("v\n", reply), 0);
-    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
-    QVERIFY(m_device->isOpen());
-}
-
-void tst_DeviceTransport::shortWrite()
-{
-    m_bench->wire().setStalled(true);
-    const LogCapture log(LogLevel::Trace);
-    QString reply = QStringLiteral("before");
-    QCOMPARE(m_device->transaction("temps\n", reply), -40006);
-    QCOMPARE(errorMessages(log).count(QStringLiteral("Write command error.")), 1);
-    QVERIFY(m_device->isOpen());
-    // The line counts as taken until a chunk arrives.
-    QCOMPARE(m_device->transaction("v\n", reply), -40013);
-    QCOMPARE(reply, QStringLiteral("before"));
-    m_bench->wire().setStalled(false);
-    const Announcements heard(*m_device);
-    m_bench->wire().sendUnsolicited("hello\n");
-    QVERIFY(waitUntil([&] { return !heard.chunks.isEmpty(); }));
-    QCOMPARE(m_device->transaction("v\n", reply), 0);
-    QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
-    QCOMPARE(m_bench->lines(), QList<QByteArray>{"v"});
-}
-
-void tst_DeviceTransport::shortDirectWriteFreesTheLine()
-{
-    m_bench->wire().setStalled(true);
-    const LogCapture log;
-    QCOMPARE(m_device->clearFaults(), -40006);
-    QCOMPARE(errorMessages(log).count(QStringLiteral("Write command error.")), 1);
-    m_bench->wire().setStalled(false);
-    QString reply;
-    QCOMPARE(m_device->transaction("v\n", reply), 0);
-    QCOMPARE(m_bench->lines(), QList<QByteArray>{"v"});
-}
-
-void tst_DeviceTransport::restOfAShortWriteIsNeverSent()
-{
-    // More than the system's buffers hold: the first part goes out, the rest must not follow later.
-    m_bench->setAnswer("v", "VYRApp V2.7.0\n");
-    const QByteArray command = QByteArray(1024 * 1024, 'x') + '\n';
-    const qint64 taken = m_device->writeCommand(command);
-    QVERIFY2(taken > 0 && taken < command.size(), qPrintable(QString::number(taken)));
-    QVERIFY(m_device->isOpen());
-    listenFor(200ms);
-    QCOMPARE(m_bench->received().size(), 0); // the line feed never came
 }
 
 void tst_DeviceTransport::listenerCannotWaitForAReply()

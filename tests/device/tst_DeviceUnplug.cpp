@@ -47,29 +47,30 @@ void tst_DeviceUnplug::cleanup()
     QCOMPARE(m_warnings.take(), QStringList());
 }
 
-void tst_DeviceUnplug::unplugged_data()
+namespace {
+/// The whole second after is listened to where the link was left to itself, less where it was busy.
+void row(const char* title, int code, const Activity& activity)
 {
-    QTest::addColumn<Activity>("activity");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<Milliseconds>("quiet");
+    QTest::newRow(title) << activity << code << (code == 0 ? 1000ms : 400ms);
+}
 
-    // The whole second after is listened to where the link was left to itself, less where it was busy.
-    const auto row = [](const char* title, int code, const Activity& activity) {
-        QTest::newRow(title) << activity << code << (code == 0 ? 1000ms : 400ms);
-    };
-    const auto pull = [](ScriptedBench& bench, Milliseconds delay) {
-        later(delay, [&bench] { bench.wire().unplug(); });
-    };
-    row("idle", 0, [pull](Device& device, ScriptedBench& bench) {
+void pull(ScriptedBench& bench, Milliseconds delay)
+{
+    later(delay, [&bench] { bench.wire().unplug(); });
+}
+
+void addExchanges()
+{
+    row("idle", 0, [](Device& device, ScriptedBench& bench) {
         pull(bench, 10ms);
         return waitUntil([&device] { return !device.isOpen(); }) ? 0 : 1;
     });
-    row("idle after an exchange", 0, [pull](Device& device, ScriptedBench& bench) {
+    row("idle after an exchange", 0, [](Device& device, ScriptedBench& bench) {
         device.sendCommand("temps");
         pull(bench, 100ms);
         return waitUntil([&device] { return !device.isOpen(); }) ? 0 : 1;
     });
-    row("transaction", -40010, [pull](Device& device, ScriptedBench& bench) {
+    row("transaction", -40010, [](Device& device, ScriptedBench& bench) {
         bench.setAnswer("temps", {});
         pull(bench, 50ms);
         QString reply;
@@ -92,18 +93,22 @@ void tst_DeviceUnplug::unplugged_data()
         bench.wire().unplug();
         return device.clearFaults();
     });
-    row("busy wait", -40010, [pull](Device& device, ScriptedBench& bench) {
+}
+
+void addLongerWaits()
+{
+    row("busy wait", -40010, [](Device& device, ScriptedBench& bench) {
         bench.setAnswer("clear", {});
         device.clearFaults();
         pull(bench, 50ms);
         return device.waitWhileBusy();
     });
-    row("switch of the image", -40010, [pull](Device& device, ScriptedBench& bench) {
+    row("switch of the image", -40010, [](Device& device, ScriptedBench& bench) {
         bench.setAnswer("goloader", {});
         pull(bench, 50ms);
         return device.sendGoCommand("goloader");
     });
-    row("drain", -40010, [pull](Device& device, ScriptedBench& bench) {
+    row("drain", -40010, [](Device& device, ScriptedBench& bench) {
         bench.setAnswer("temps", "temps:\n", 30ms);
         bench.setAnswer("speckle=on", {});
         later(5ms, [&device] {
@@ -115,9 +120,13 @@ void tst_DeviceUnplug::unplugged_data()
         pull(bench, 50ms);
         return device.drainQueue();
     });
+}
+
+void addPolls()
+{
     for (const char* line : {"shutter?", "fault?", "f_mode?", "int_mode?"}) {
         row(QByteArray("poll at " + QByteArray(line)).constData(), 0,
-            [pull, line](Device& device, ScriptedBench& bench) {
+            [line](Device& device, ScriptedBench& bench) {
                 bench.setAnswer(line, {});
                 pull(bench, 50ms);
                 device.pollDevice();
@@ -131,6 +140,18 @@ void tst_DeviceUnplug::unplugged_data()
         bench.wire().unplug();
         return waitUntil([&device] { return !device.isOpen(); }) ? 0 : 1;
     });
+}
+} // namespace
+
+void tst_DeviceUnplug::unplugged_data()
+{
+    QTest::addColumn<Activity>("activity");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<Milliseconds>("quiet");
+
+    addExchanges();
+    addLongerWaits();
+    addPolls();
 }
 
 /// One line of the log, one announcement, no storm, no processor time afterwards.

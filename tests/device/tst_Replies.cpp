@@ -1,49 +1,8 @@
 #include "device/Replies.h"
-#include "device/ResultCodes.h"
 
 #include <QTest>
 
 #include <cmath>
-#include <random>
-
-namespace {
-constexpr quint32 randomSeed = 20240305;
-constexpr int randomReplies = 10000;
-
-/// Pieces that replies are made of, so that random texts get past the first test of a parser.
-const char* const fragments[] = {"f_mode=", "sleep=", "int_mode=", "hours:", "shutter:",     "ttl_invert:",
-                                 "set:",    "temps:", "FAULT:",    "WARN:",  "prod_config:", "Necsel=",
-                                 "vyr_sn=", ",",      "=",         ".",      " V",           "VYRApp V",
-                                 "open",    "on",     "nan",       "1e99",   "-1",           "99",
-                                 "\n",      "\r",     ":",         " ",      "ok",           "idle"};
-
-class ReplyMaker
-{
-public:
-    QString next()
-    {
-        QByteArray bytes;
-        const int pieces = number(0, 24);
-        for (int i = 0; i < pieces; ++i) {
-            if (number(0, 1) == 0)
-                bytes += static_cast<char>(number(0, 255));
-            else
-                bytes += fragments[number(0, int(std::size(fragments)) - 1)];
-        }
-        return number(0, 1) == 0 ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
-    }
-
-private:
-    int number(int from, int to) { return std::uniform_int_distribution<int>(from, to)(m_engine); }
-
-    std::mt19937 m_engine{randomSeed}; // the same every time: a failure can be repeated
-};
-
-bool isOneOf(int code, std::initializer_list<int> codes)
-{
-    return std::find(codes.begin(), codes.end(), code) != codes.end();
-}
-} // namespace
 
 class tst_Replies : public QObject
 {
@@ -64,18 +23,11 @@ private slots:
     void wordLists();
     void levelThatIsNoNumber();
     void missingPrefixesAreToldDifferently();
-    void temperatures();
-    void temperaturesWithoutMarker();
     void imageVersion_data();
     void imageVersion();
     void isYes_data();
     void isYes();
     void tellsFirmwareUpdate();
-    void keyedText();
-    void productConfig_data();
-    void productConfig();
-    void productConfigKeepsWhatIsNotTold();
-    void anyBytesGiveACode();
 };
 
 void tst_Replies::functionalMode_data()
@@ -288,30 +240,6 @@ void tst_Replies::missingPrefixesAreToldDifferently()
     QCOMPARE(Replies::intensityLevels(QStringLiteral("405=1\n"), levels), -40009);
 }
 
-void tst_Replies::temperatures()
-{
-    Temperatures readings;
-    readings.heater = QStringLiteral("before");
-    const QString reply = QStringLiteral(
-        "temps:Necsel=25.1,Novalum1=26,Novalum2=27 C,LaserFan=40,Other=9,noValue,LaserCurrent=1.2=3\n");
-    QCOMPARE(Replies::temperatures(reply, readings), 0);
-    QCOMPARE(readings.necsel, QStringLiteral("25.1"));
-    QCOMPARE(readings.novalum1, QStringLiteral("26"));
-    QCOMPARE(readings.novalum2, QStringLiteral("27 C"));
-    QCOMPARE(readings.laserFan, QStringLiteral("40"));
-    QCOMPARE(readings.heater, QStringLiteral("before"));
-    QCOMPARE(readings.laserCurrent, QStringLiteral("1.2=3"));
-    QCOMPARE(Replies::temperatures(QStringLiteral("TEMPS: Heater=off\n"), readings), 0);
-    QCOMPARE(readings.heater, QStringLiteral("off"));
-}
-
-void tst_Replies::temperaturesWithoutMarker()
-{
-    Temperatures readings;
-    QCOMPARE(Replies::temperatures(QStringLiteral("Necsel=25.1\n"), readings), -40009);
-    QVERIFY(readings.necsel.isEmpty());
-}
-
 void tst_Replies::imageVersion_data()
 {
     QTest::addColumn<QString>("reply");
@@ -393,99 +321,6 @@ void tst_Replies::tellsFirmwareUpdate()
 {
     QVERIFY(Replies::tellsFirmwareUpdate(QStringLiteral("Necsel Firmware Update 12 %\n")));
     QVERIFY(!Replies::tellsFirmwareUpdate(QStringLiteral("necsel_controller_ver=3.1\n")));
-}
-
-void tst_Replies::keyedText()
-{
-    const QString key = QStringLiteral("necsel_controller_sn");
-    QString text = QStringLiteral("before");
-    QVERIFY(!Replies::keyedText(QStringLiteral("N-77\n"), key, text));
-    QCOMPARE(text, QStringLiteral("before"));
-    QVERIFY(Replies::keyedText(QStringLiteral("necsel_controller_sn=N-77\n"), key, text));
-    QCOMPARE(text, QStringLiteral("N-77"));
-    QVERIFY(Replies::keyedText(QStringLiteral("Necsel_Controller_SN==N=78\n\n"), key, text));
-    QCOMPARE(text, QStringLiteral("N78"));
-}
-
-void tst_Replies::productConfig_data()
-{
-    QTest::addColumn<QString>("reply");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("all");
-
-    QTest::newRow("in writing order")
-        << "prod_config:vyr_hw_ver=1.2.3,vyr_pn=P1,vyr_sn=S1,necsel_laser_sn=N1,novalum_sn=V1\n"
-        << 0 << "1.2.3|P1|S1|N1|V1";
-    QTest::newRow("in another order")
-        << "prod_config:novalum_sn=V1,vyr_sn=S1,vyr_pn=P1,necsel_laser_sn=N1,vyr_hw_ver=1.2.3\n"
-        << 0 << "1.2.3|P1|S1|N1|V1";
-    QTest::newRow("unknown keys and no values") << "prod_config:color=red,vyr_sn=,,x,vyr_pn=P=1\n"
-                                                << 0 << "|P=1|||";
-    QTest::newRow("colon in a value") << "prod_config:vyr_sn=A:B\n" << 0 << "||A:B||";
-    QTest::newRow("no marker") << "vyr_sn=S1\n" << -40009 << "||||";
-    QTest::newRow("other marker") << "chan_config:vyr_sn=S1\n" << -40009 << "||||";
-    QTest::newRow("nothing behind the marker") << "prod_config\n" << -40009 << "||||";
-}
-
-void tst_Replies::productConfig()
-{
-    QFETCH(const QString, reply);
-    ProductConfig record;
-    QTEST(Replies::productConfig(reply, record), "code");
-    const QStringList all{record.hardwareVersion, record.partNumber, record.serialNumber,
-                          record.necselSerialNumber, record.novalumSerialNumber};
-    QTEST(all.join(QLatin1Char('|')), "all");
-}
-
-void tst_Replies::productConfigKeepsWhatIsNotTold()
-{
-    ProductConfig record;
-    record.partNumber = QStringLiteral("before");
-    QCOMPARE(Replies::productConfig(QStringLiteral("prod_config:vyr_sn=S1\n"), record), 0);
-    QCOMPARE(record.partNumber, QStringLiteral("before"));
-    QCOMPARE(record.serialNumber, QStringLiteral("S1"));
-}
-
-/// Whatever comes in, each parser answers with one of its codes and leaves a value of its range.
-void tst_Replies::anyBytesGiveACode()
-{
-    qInfo("seed %u, %d replies", randomSeed, randomReplies);
-    ReplyMaker maker;
-    int understood = 0;
-    for (int i = 0; i < randomReplies; ++i) {
-        const QString reply = maker.next();
-        FunctionalMode_t mode = FunctionalModeIdle;
-        quint8 minutes = 0;
-        ControlSource source{};
-        StateReport report;
-        Numbers numbers{};
-        Flags flags{};
-        Temperatures readings;
-        ImageVersion image;
-        ProductConfig record;
-        QString text;
-        const std::array<int, 12> codes{
-            Replies::functionalMode(reply, mode),     Replies::sleepTime(reply, minutes),
-            Replies::intensitySource(reply, source),  Replies::fault(reply, report),
-            Replies::warning(reply, report),          Replies::hours(reply, numbers),
-            Replies::intensityLevels(reply, numbers), Replies::shutterStates(reply, flags),
-            Replies::ttlInvertStates(reply, flags),   Replies::temperatures(reply, readings),
-            Replies::imageVersion(reply, image),      Replies::productConfig(reply, record)};
-        for (const int code : codes) {
-            QVERIFY2(isOneOf(code, {0, -40009, -40015}), qPrintable(reply));
-            understood += code == 0 ? 1 : 0;
-        }
-        QVERIFY(isOneOf(mode, {0, 1, 2}));
-        QVERIFY(minutes <= 99);
-        QVERIFY(isOneOf(int(source), {0, 1}));
-        QVERIFY(!report.message.contains(QLatin1Char('\n')));
-        QVERIFY(image.version.major <= 255);
-        Replies::isYes(reply);
-        Replies::tellsFirmwareUpdate(reply);
-        Replies::keyedText(reply, QStringLiteral("sleep"), text);
-    }
-    // Texts that no parser takes would try nothing.
-    QVERIFY(understood > randomReplies / 10);
 }
 
 QTEST_GUILESS_MAIN(tst_Replies)

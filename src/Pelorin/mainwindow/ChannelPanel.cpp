@@ -1,8 +1,11 @@
 #include "mainwindow/ChannelPanel.h"
 
+#include "Resources/Resources.h"
+
 #include <QFrame>
 #include <QIntValidator>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
@@ -10,6 +13,7 @@
 #include <QSlider>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace {
@@ -17,6 +21,8 @@ constexpr int minimumPercent = 0;
 constexpr int maximumPercent = 100;
 constexpr int collapsedColumnHeight = 100;
 constexpr int expandedColumnHeight = 551;
+// A poll's round, and the time-out of one command before it.
+constexpr std::chrono::milliseconds reportTime{2000};
 
 constexpr char sliderStyle[] =
     "QSlider::add-page:vertical {background:#%1%2%3; border:1px solid #000;width:10px;border-radius:7px;}"
@@ -57,6 +63,7 @@ ChannelPanel::ChannelPanel(const QWidget& window)
         channel.arrows = find<QLabel>(window, "labelSliderUpDownButtons", number);
         channel.slider = find<QSlider>(window, "verticalSliderChannel", number);
         channel.shutter = find<QPushButton>(window, "pushButtonChannelShutter", number);
+        channel.arrows->setPixmap(loadPicture(QStringLiteral(":/Resources/buttons/up_down.png")));
     }
 }
 
@@ -86,6 +93,9 @@ void ChannelPanel::moveSlider(int number, int percent)
 void ChannelPanel::showShutter(int number, bool open)
 {
     QPushButton* button = widgets(number).shutter;
+    if (open != button->isChecked()) {
+        noteShutterRequest(number, false);
+    }
     button->setChecked(open);
     button->setText(open ? QStringLiteral("Shutter Open") : QStringLiteral("Shutter Closed"));
 }
@@ -105,6 +115,8 @@ void ChannelPanel::showVisible(int number, bool visible)
 void ChannelPanel::showName(int number, const QString& name)
 {
     widgets(number).name->setText(name);
+    // Of a name that is too long the beginning tells more.
+    widgets(number).name->setCursorPosition(0);
 }
 
 QString ChannelPanel::ChannelWidgets::percentageText() const
@@ -117,11 +129,50 @@ QString ChannelPanel::nameText(int number) const
     return widgets(number).name->text();
 }
 
-int ChannelPanel::openShutterCount() const
+int ChannelPanel::sliderValue(int number) const
 {
+    return widgets(number).slider->value();
+}
+
+void ChannelPanel::showReportedIntensity(int number, float percent)
+{
+    widgets(number).reportedPercent = percent;
+    showIntensity(number, percent);
+}
+
+void ChannelPanel::showReportedIntensity(int number)
+{
+    if (widgets(number).reportedPercent) {
+        showIntensity(number, *widgets(number).reportedPercent);
+    }
+}
+
+void ChannelPanel::forgetReportedIntensities()
+{
+    for (ChannelWidgets& channel : m_widgets) {
+        channel.reportedPercent.reset();
+    }
+}
+
+void ChannelPanel::noteShutterRequest(int number, bool open)
+{
+    widgets(number).opening = QDeadlineTimer(open ? reportTime : std::chrono::milliseconds::zero());
+}
+
+void ChannelPanel::forgetRequests()
+{
+    for (int number = 1; number <= channelCount; ++number) {
+        noteShutterRequest(number, false);
+    }
+}
+
+int ChannelPanel::openShutterCountBeside(int number) const
+{
+    const ChannelWidgets* const self = &widgets(number);
     return static_cast<int>(
-        std::count_if(m_widgets.begin(), m_widgets.end(),
-                      [](const ChannelWidgets& channel) { return channel.shutter->isChecked(); }));
+        std::count_if(m_widgets.begin(), m_widgets.end(), [self](const ChannelWidgets& channel) {
+            return &channel != self && (channel.shutter->isChecked() || !channel.opening.hasExpired());
+        }));
 }
 
 void ChannelPanel::takeBackRefusedPercentage(const QObject* edit)
@@ -158,6 +209,15 @@ void ChannelPanel::setCollapsed(bool collapsed)
             channel.lowerPart->setVisible(!collapsed);
         }
     }
+}
+
+int ChannelPanel::heightBeyondCollapsedMinimum() const
+{
+    int needed = collapsedColumnHeight;
+    for (const ChannelWidgets& channel : m_widgets) {
+        needed = std::max(needed, channel.column->layout()->minimumSize().height());
+    }
+    return needed - collapsedColumnHeight;
 }
 
 void ChannelPanel::installEventFilter(QObject* filter) const

@@ -3,9 +3,11 @@
 #include "device/DeviceTypes.h"
 
 #include <QColor>
+#include <QDeadlineTimer>
 #include <QString>
 
 #include <array>
+#include <optional>
 
 class QFrame;
 class QLabel;
@@ -37,7 +39,21 @@ public:
     QString nameText(int number) const;
     /// True while a slider is moved by the program, whose change nobody asked for.
     bool isMovingSlider() const { return m_movingSlider; }
-    int openShutterCount() const;
+    int sliderValue(int number) const;
+
+    /// Shows the level that the device reported, and remembers it; without a level, shows the remembered one
+    /// again, where there is one.
+    void showReportedIntensity(int number, float percent);
+    void showReportedIntensity(int number);
+    void forgetReportedIntensities();
+
+    /// Notes that the device was asked to open or to close a shutter, until it reports the new state or has
+    /// had time to.
+    void noteShutterRequest(int number, bool open);
+    void forgetRequests();
+    /// The other shutters that are open, or were asked to open and are not reported yet: clicks can be faster
+    /// than the device's reports.
+    int openShutterCountBeside(int number) const;
 
     /// Puts the slider's value back in place of a text that is no percentage; @p edit may be any object.
     void takeBackRefusedPercentage(const QObject* edit);
@@ -48,6 +64,8 @@ public:
 
     /// The small layout hides the lower part of every column but the last.
     void setCollapsed(bool collapsed);
+    /// Pixels that the columns' contents need beyond the small layout's minimum height.
+    int heightBeyondCollapsedMinimum() const;
 
     /// Lets @p filter see the events of all arrow images, shutter buttons and percentage edits.
     void installEventFilter(QObject* filter) const;
@@ -64,10 +82,13 @@ private:
         QLabel* arrows = nullptr;
         QSlider* slider = nullptr;
         QPushButton* shutter = nullptr;
+        std::optional<float> reportedPercent;
+        QDeadlineTimer opening; ///< runs while an opening was asked for and may still be on its way
 
         QString percentageText() const;
     };
 
+    ChannelWidgets& widgets(int number) { return m_widgets.at(static_cast<std::size_t>(number - 1)); }
     const ChannelWidgets& widgets(int number) const
     {
         return m_widgets.at(static_cast<std::size_t>(number - 1));

@@ -9,6 +9,7 @@
 #include "ui_PelorinMainWindow.h"
 
 #include <QIcon>
+#include <QKeyEvent>
 #include <QLayout>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
@@ -29,10 +30,13 @@ channel* PelorinMainWindow::laser(int number) const
 
 bool PelorinMainWindow::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!m_handlingMouse && event->type() == QEvent::MouseButtonRelease) {
+    if (!m_handlingInput && event->type() == QEvent::MouseButtonRelease) {
         // A box or a wait runs the event loop; a second click meanwhile must not start a second flow.
-        const QScopedValueRollback<bool> guard(m_handlingMouse, true);
+        const QScopedValueRollback<bool> guard(m_handlingInput, true);
         mouseReleased(watched, *static_cast<QMouseEvent*>(event));
+    } else if (!m_handlingInput && event->type() == QEvent::KeyPress) {
+        const QScopedValueRollback<bool> guard(m_handlingInput, true);
+        keyPressed(watched, *static_cast<QKeyEvent*>(event));
     } else if (event->type() == QEvent::FocusOut) {
         m_panel->takeBackRefusedPercentage(watched);
     }
@@ -45,14 +49,30 @@ void PelorinMainWindow::mouseReleased(const QObject* widget, const QMouseEvent& 
     if (event.button() != Qt::LeftButton || !area.contains(event.pos())) {
         return;
     }
+    if (const int number = m_panel->channelOfArrows(widget); number != 0) {
+        arrowsClicked(number, event.x() <= area.width() / 2 ? +1 : -1);
+    } else {
+        activated(widget);
+    }
+}
+
+void PelorinMainWindow::keyPressed(const QObject* widget, const QKeyEvent& event)
+{
+    // A bare key is struck too easily to let light out.
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    if (isReturn && event.modifiers().testFlag(Qt::ControlModifier) && !event.isAutoRepeat()) {
+        activated(widget);
+    }
+}
+
+void PelorinMainWindow::activated(const QObject* widget)
+{
     if (m_display->isOnOffImage(widget)) {
         laserOnOffClicked();
     } else if (m_display->isStatusImage(widget)) {
         laserStatusClicked();
-    } else if (const int number = m_panel->channelOfArrows(widget); number != 0) {
-        arrowsClicked(number, event.x() <= area.width() / 2 ? +1 : -1);
-    } else if (const int shutterNumber = m_panel->channelOfShutterButton(widget); shutterNumber != 0) {
-        shutterClicked(shutterNumber);
+    } else if (const int number = m_panel->channelOfShutterButton(widget); number != 0) {
+        shutterClicked(number);
     }
 }
 
@@ -69,6 +89,11 @@ void PelorinMainWindow::percentageTyped(int number)
 {
     const float typed = m_panel->percentageText(number).toFloat();
     const int rounded = qRound(typed);
+    // The edit also finishes when the focus merely passes through it; where the device sets the levels, its
+    // own must not replace the one that is kept for this computer's control.
+    if (m_choices.intensityControl != 1 && rounded == m_panel->sliderValue(number)) {
+        return;
+    }
     m_panel->moveSlider(number, rounded);
     // Channel 1 passes on what was typed, the others what the slider shows.
     emit channelIntensityChanged(laser(number), number == 1 ? typed : static_cast<float>(rounded));
@@ -106,13 +131,17 @@ void PelorinMainWindow::updateChannelIntensity(channel* laser, float intensityPe
     }
     logCommandResult(m_device->setIntensity(*laser, intensityPercent), "Update intensity BUSY",
                      "setChannelIntensity error");
+    if (m_choices.intensityControl != 1) {
+        // The level is kept, but the device goes on with that of its input.
+        m_panel->showReportedIntensity(laser->index() + 1);
+    }
 }
 
 void PelorinMainWindow::onIntensityChanged(const float* intensityLevels)
 {
     QS_TRACE() << "Received change in intensity level from device =" << intensityLevels;
     for (int number = 1; number <= channelCount; ++number) {
-        m_panel->showIntensity(number, intensityLevels[number - 1]);
+        m_panel->showReportedIntensity(number, intensityLevels[number - 1]);
     }
 }
 
@@ -137,7 +166,9 @@ void PelorinMainWindow::shutterClicked(int number)
     const int result = m_device->setShutter(*clicked, open);
     if (result != DeviceResult::Ok) {
         showStatus(tr("Unable to change shutter state. Error = %1").arg(result));
+        return;
     }
+    m_panel->noteShutterRequest(number, open);
 }
 
 bool PelorinMainWindow::isShutterChangeRefused(const channel& laser)
@@ -153,7 +184,7 @@ bool PelorinMainWindow::isShutterChangeRefused(const channel& laser)
         warn(tr("Channel is disabled due to fiber interlock."));
         return true;
     }
-    if (m_panel->openShutterCount() >= m_maximumEnabledChannels) {
+    if (m_panel->openShutterCountBeside(laser.index() + 1) >= m_maximumEnabledChannels) {
         warn(tr("System at limit of enabled channels.  Please disable a channel."));
         return true;
     }
@@ -193,6 +224,13 @@ void PelorinMainWindow::setCollapsed(bool collapsed)
     // Until the layouts know of the change, the old minimum size would stand in the way of the new size.
     m_ui->centralwidget->layout()->activate();
     layout()->activate();
+    // The columns' fixed minimum lets them be squeezed until texts are cut; the window keeps that from
+    // happening.
+    setMinimumHeight(0);
+    if (collapsed) {
+        const int needed = layout()->minimumSize().height() + m_panel->heightBeyondCollapsedMinimum();
+        setMinimumHeight(std::min(needed, collapsedSize.height()));
+    }
     resize(collapsed ? collapsedSize : expandedSize);
     if (collapsed) {
         repaint();

@@ -2,6 +2,7 @@
 
 #include "QsLog2_1_0/QsLog.h"
 #include "device/Device.h"
+#include "mainwindow/ChannelPanel.h"
 #include "mainwindow/PelorinMainWindow.h"
 #include "scenario/Scenario.h"
 #include "update/Update.h"
@@ -22,7 +23,9 @@ void PelorinMainWindow::laserOnOffClicked()
         return;
     }
     const QScopedValueRollback<bool> guard(onOffClickBusy, true);
-    if (!m_laserOn && m_choices.intensityControl == 1 && m_scenario != nullptr) {
+    // During warm-up the click is refused, and then nothing goes over the line.
+    const bool mayTurnOn = !m_laserOn && m_state.mode != FunctionalModeWarmup;
+    if (mayTurnOn && m_choices.intensityControl == 1 && m_scenario != nullptr) {
         const QList<channel*> channels = m_scenario->channels();
         for (const channel* laser : channels) {
             m_device->setIntensity(*laser, laser->intensity());
@@ -198,6 +201,8 @@ void PelorinMainWindow::onDeviceDisconnected(const QString& portName)
 {
     showStatus(tr("Device disconnected on %1").arg(portName));
     m_laserOn = false;
+    m_panel->forgetRequests();
+    m_panel->forgetReportedIntensities();
     m_display->showDisconnected();
     m_display->clearIdentity();
 }
@@ -224,20 +229,24 @@ void PelorinMainWindow::onDataReceivedFromDevice(QByteArray& bytes)
 void PelorinMainWindow::onIntensityControlChanged(quint8 mode)
 {
     m_choices.intensityControl = mode;
+    // Shown first: sending can wait for the device, and the choice may be another one by then.
+    m_display->showIntensityControl(mode);
+    if (mode == 1) {
+        m_panel->forgetReportedIntensities();
+    }
     if (m_device && !isUpdateInTheWay()) {
         m_device->setIntensityMode(mode);
     }
-    m_display->showIntensityControl(mode);
 }
 
 void PelorinMainWindow::onShutterControlChanged(quint8 mode)
 {
     m_choices.shutterControl = mode;
+    m_display->showShutterControl(mode);
     if (m_device && !isUpdateInTheWay()) {
         m_device->setShutterMode(mode);
     }
-    m_display->showShutterControl(mode);
-    if (mode != 1) {
+    if (m_choices.shutterControl != 1) {
         return;
     }
     m_display->showLaserOff();

@@ -61,6 +61,12 @@ void PelorinMainWindow::connectChannels()
 {
     connect(this, &PelorinMainWindow::channelNameChanged, m_scenario, &Scenario::setChannelName);
     connect(this, &PelorinMainWindow::channelIntensityChanged, m_scenario, &Scenario::setChannelIntensity);
+    // Sending comes last: it can wait for the device, and a level chosen meanwhile must not be overwritten by
+    // the older one when the wait is over.
+    disconnect(this, &PelorinMainWindow::channelIntensityChanged, this,
+               &PelorinMainWindow::updateChannelIntensity);
+    connect(this, &PelorinMainWindow::channelIntensityChanged, this,
+            &PelorinMainWindow::updateChannelIntensity, Qt::DirectConnection);
     connect(this, &PelorinMainWindow::channelShutterChanged, m_scenario, &Scenario::setChannelShutter);
 }
 

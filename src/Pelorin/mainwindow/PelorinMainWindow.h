@@ -12,6 +12,7 @@
 
 class ChannelPanel;
 class Device;
+class QKeyEvent;
 class QMouseEvent;
 class QSettings;
 class Scenario;
@@ -49,10 +50,8 @@ public:
     Device* device() const { return m_device.get(); }
     Update* update() const { return m_update; }
     Scenario* scenario() const { return m_scenario; }
-    SettingsDialog* settingsDialog() const
-    {
-        return m_settingsDialog;
-    } ///< null before the command line is read
+    /// Null before the command line is read.
+    SettingsDialog* settingsDialog() const { return m_settingsDialog; }
     bool isUpdateForced() const { return m_forceUpdate; }
 
 public slots:
@@ -110,10 +109,12 @@ private:
     // Channels
     channel* laser(int number) const; ///< null for a number that no channel has
     void mouseReleased(const QObject* widget, const QMouseEvent& event);
+    void keyPressed(const QObject* widget, const QKeyEvent& event); ///< Ctrl+Return clicks
+    void activated(const QObject* widget);
     void arrowsClicked(int number, int step);
     void shutterClicked(int number);
-    bool
-    isShutterChangeRefused(const channel& laser); ///< true, and told in a box, when it may not change now
+    /// True, and told in a box, when it may not change now.
+    bool isShutterChangeRefused(const channel& laser);
     void setCollapsed(bool collapsed);
     // Laser system
     void laserOnOffClicked();
@@ -143,5 +144,5 @@ private:
     bool m_forceUpdate = false;
     bool m_laserOn = false; ///< run mode is shown, and no fault
     bool m_collapsed = false;
-    bool m_handlingMouse = false;
+    bool m_handlingInput = false;
 };

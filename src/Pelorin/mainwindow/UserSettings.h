@@ -10,7 +10,7 @@
 
 class QSettings;
 
-/// What is kept of one channel. Shutters are never kept: they open on a click only.
+/// What is kept of one channel. Shutters are not kept: a program that starts opens none.
 struct ChannelSettings
 {
     QString name;
