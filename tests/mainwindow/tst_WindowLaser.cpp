@@ -18,6 +18,7 @@ private slots:
     void cleanup();
     void pictures_data();
     void pictures();
+    void interlockPicture();
     void onInIdleAsksForRun();
     void onSendsIntensitiesFirst();
     void onLeavesIntensitiesOutInExternalControl();
@@ -150,6 +151,20 @@ void tst_WindowLaser::pictures()
              novalumLit ? QStringLiteral("ledBlue80x80.png") : QStringLiteral("ledBlue80x80OFF.png"));
     QTEST(label(*m_window, "labelLaserStatusText")->text(), "word");
     QTEST(statusText(*m_window), "message");
+}
+
+/// Nothing sets the flag yet; it chooses the picture of an idle system with a fault and no other.
+void tst_WindowLaser::interlockPicture()
+{
+    LaserDisplay display(*m_window);
+    LaserState state;
+    state.fault = true;
+    state.interlockImage = true;
+    display.showState(state);
+    QCOMPARE(pictureOn(label(*m_window, "labelLaserStatus")), QStringLiteral("Circle_LaserInterlock.png"));
+    state.mode = FunctionalModeRun;
+    display.showState(state);
+    QCOMPARE(pictureOn(label(*m_window, "labelLaserStatus")), QStringLiteral("Circle_LaserFault.png"));
 }
 
 void tst_WindowLaser::onInIdleAsksForRun()

@@ -34,6 +34,9 @@ private slots:
     void sleepTimerWithoutPort();
     void speckle();
     void lastPortIsStored();
+    void storedChoicesAreSentOnConnecting();
+    void storedChannelsAreShown();
+    void storedVerboseLoggingIsApplied();
 
 private:
     void restart(const std::function<void(PelorinMainWindow&)>& use);
@@ -291,6 +294,46 @@ void tst_WindowSettings::lastPortIsStored()
         port = illuminator.bench().portName();
     });
     QCOMPARE(m_bench->stored(QStringLiteral("Device Com Port")).toString(), port);
+}
+
+void tst_WindowSettings::storedChoicesAreSentOnConnecting()
+{
+    m_bench->store(QStringLiteral("Sleep Timer Enabled"), false);
+    m_bench->store(QStringLiteral("Sleep Timer"), 45);
+    m_bench->store(QStringLiteral("Shutter Control"), 0);
+    m_bench->store(QStringLiteral("Intensity Control"), 0);
+    m_bench->store(QStringLiteral("Speckle Reducer Enable"), false);
+    FakeIlluminator illuminator;
+    const auto window = m_bench->start();
+    QVERIFY(illuminator.connectTo(*window));
+    const QList<QByteArray> commands = illuminator.commands();
+    for (const char* command : {"sleep=0", "sh_mode=ext", "int_mode=ext", "speckle=off"}) {
+        QVERIFY2(commands.contains(command), command);
+    }
+    // Where the device's inputs are in control, levels and shutters are theirs.
+    for (const QByteArray& command : commands) {
+        QVERIFY2(!command.startsWith("set:") && !command.startsWith("shutter:"), command.constData());
+    }
+    QCOMPARE(label(*window, "labelSleepTimer")->text(), QStringLiteral("Sleep Timer Disabled"));
+}
+
+void tst_WindowSettings::storedChannelsAreShown()
+{
+    m_bench->store(QStringLiteral("Channel7/Channel Visible"), false);
+    m_bench->store(QStringLiteral("Channel8/Channel Color"), QStringLiteral("0a0b0c"));
+    const auto window = m_bench->start();
+    QVERIFY(Column(*window, 7).frame->isHidden());
+    QVERIFY(!Column(*window, 8).frame->isHidden());
+    QVERIFY(Column(*window, 8).slider->styleSheet().contains(QLatin1String("background:#0a0b0c;")));
+}
+
+void tst_WindowSettings::storedVerboseLoggingIsApplied()
+{
+    m_bench->store(QStringLiteral("Verbose Data Logging"), true);
+    const auto window = m_bench->start();
+    QCOMPARE(QsLogging::Logger::instance().level(), QsLogging::LogLevel::Trace);
+    window->onEnhancedDiagsChanged(false);
+    QCOMPARE(QsLogging::Logger::instance().level(), QsLogging::LogLevel::Info);
 }
 
 QTEST_MAIN(tst_WindowSettings)
