@@ -127,6 +127,7 @@ void Wire::unplug()
     m_deliveryTimer.stop();
     m_deliveries.clear();
     m_arrivals.clear();
+    m_lineFreeAt = {};
     m_outgoing.clear();
     m_assembler.reset();
     // A notifier may be the one that is calling us.

@@ -23,6 +23,7 @@ private slots:
     void strangeBytes_data();
     void strangeBytes();
     void shortWrite();
+    void shortWriteIsOverAfterTheTimeout();
     void shortDirectWriteFreesTheLine();
     void restOfAShortWriteIsNeverSent();
 
@@ -150,6 +151,19 @@ void tst_DeviceFaults::shortWrite()
     QCOMPARE(m_device->transaction("v\n", reply), 0);
     QCOMPARE(reply, QStringLiteral("VYRApp V2.7.0\n"));
     QCOMPARE(m_bench->lines(), QList<QByteArray>{"v"});
+}
+
+void tst_DeviceFaults::shortWriteIsOverAfterTheTimeout()
+{
+    m_bench->wire().setStalled(true);
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), -40006);
+    m_bench->wire().setStalled(false);
+    QCOMPARE(m_device->clearFaults(), 0); // queued, as the line still counts as taken
+    QCOMPARE(m_bench->lines(), QList<QByteArray>());
+    m_device->setPolling(true);
+    QVERIFY(m_bench->waitForLine("clear", 1, std::chrono::seconds(3)));
+    QVERIFY(m_bench->waitForLine("shutter?"));
 }
 
 void tst_DeviceFaults::shortDirectWriteFreesTheLine()

@@ -21,6 +21,7 @@ private slots:
     void endsEveryWait_data();
     void endsEveryWait();
     void endsWaitsInsideWaits();
+    void duringTheOpeningLeavesNothingOpen();
     void leavesNothingRunning();
     void endsTheEventLoopsProgram();
 
@@ -152,6 +153,20 @@ void tst_DeviceShutDown::endsWaitsInsideWaits()
     QCOMPARE(busyCode, -40010);
     QCOMPARE(goCode, -40010);
     QCOMPARE(m_bench->lines(), QList<QByteArray>{"shutter?"});
+}
+
+/// The port reports while it opens, and whoever hears that may end the link.
+void tst_DeviceShutDown::duringTheOpeningLeavesNothingOpen()
+{
+    Device device;
+    QObject::connect(&device, &Device::portError, &device, &Device::shutDown);
+    m_device->selectPort({}); // gives the port away
+    device.checkConnectionStatus();
+    QVERIFY(!device.isOpen());
+    listenFor(100ms);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>());
+    Device next;
+    QVERIFY(connectWithoutPoll(next)); // nobody holds the port any more
 }
 
 void tst_DeviceShutDown::leavesNothingRunning()

@@ -31,6 +31,7 @@ private slots:
     void lostReplyAfterAnOuterWaitFreesTheLine();
     void waitWhileBusy();
     void busyTimeoutEndsEvenWithAQueue();
+    void queueOfTheApplicationDoesNotHoldUpTheLoader();
 
 private:
     QtWarnings m_warnings;
@@ -272,6 +273,24 @@ void tst_DeviceTransport::waitWhileBusy()
     listenFor(1700ms); // the timer does not go on
     QVERIFY(!log.contains(QStringLiteral("Timed out waiting for busy")));
     QCOMPARE(m_device->deviceMode(), DeviceMode::Application);
+}
+
+void tst_DeviceTransport::queueOfTheApplicationDoesNotHoldUpTheLoader()
+{
+    m_bench->setAnswer("temps", "temps:\n", 50ms);
+    later(10ms, [&] { QCOMPARE(m_device->clearFaults(), 0); });
+    QString reply;
+    QCOMPARE(m_device->transaction("temps\n", reply), 0);
+    m_bench->setAnswer("v", "Loader V1.5.0\n");
+    m_device->selectPort({});
+    QVERIFY(connectWithoutPoll(*m_device));
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Loader);
+    m_bench->clearReceived();
+
+    QCOMPARE(m_device->waitWhileBusy(), 0);
+
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Loader);
+    QCOMPARE(m_bench->lines(), QList<QByteArray>()); // the queue is the application's
 }
 
 void tst_DeviceTransport::busyTimeoutEndsEvenWithAQueue()

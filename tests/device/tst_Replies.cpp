@@ -276,6 +276,12 @@ void tst_Replies::imageVersion_data()
     QTest::newRow("a word") << "VYRApp V2.x.0\n"
                             << 0 << "VYRApp"
                             << "0.0.0";
+    QTest::newRow("another answer") << "reset_cause=power on\n"
+                                    << -40015 << "before"
+                                    << "9.9.9";
+    QTest::newRow("two blanks alone") << " \n"
+                                      << -40015 << "before"
+                                      << "9.9.9";
     QTest::newRow("no blank") << "VYRApp\n"
                               << -40015 << "before"
                               << "9.9.9";

@@ -49,7 +49,7 @@ void Device::Private::watchOpenPort(const QList<SerialPortEntry>& ports)
         return;
     }
     // A device that is being asked who it is has not answered yet; nor has one that changes its image.
-    const bool answerDue = identifying > 0 || switchPending;
+    const bool answerDue = identifying > reopenAllowedAt || switchPending;
     if (deviceMode == DeviceMode::NotIdentified && !answerDue)
         line.close();
 }
@@ -69,6 +69,11 @@ void Device::Private::openFirstIlluminator(const QList<SerialPortEntry>& ports)
         setMode(DeviceMode::NotIdentified);
         return;
     }
+    if (shutDown) {
+        line.close(); // a listener ended the link while the port was being opened
+        return;
+    }
+    portName = found->name;
     QS_INFO() << "Successfully opened device" << found->name;
     runConnectionSequence();
 }

@@ -102,7 +102,9 @@ int Device::waitWhileBusy()
     const QDeadlineTimer deadline(Private::busyTimeout);
     ++d->busyWaits;
     Private::sleepWhile([&] {
-        const bool busy = !d->commandQueue.isEmpty() || d->isLineBusy();
+        // Where nothing is polled nothing drains the queue either; it waits for the application.
+        const bool queued = d->mayPoll() && !d->commandQueue.isEmpty();
+        const bool busy = queued || d->isLineBusy();
         return busy && !d->busyTimedOut && !deadline.hasExpired() && closeCount == d->closeCount;
     });
     --d->busyWaits;
@@ -149,7 +151,10 @@ Device::Private::End Device::Private::writeAndWait(const QByteArray& command, in
         wait = {false, End::ShortWrite, {}};
     sleepWhile([&wait] { return wait.pending; });
     waits.removeOne(&wait);
-    stopResponseTimer(turn);
+    if (wait.end == End::ShortWrite)
+        startResponseTimer(responseTimeout); // frees the line again where no reply comes
+    else
+        stopResponseTimer(turn);
     if (reply)
         *reply = wait.reply;
     return wait.end;

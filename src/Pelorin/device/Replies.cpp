@@ -5,6 +5,8 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 namespace {
 constexpr uint maxSleepMinutes = 99;
@@ -131,21 +133,28 @@ void fillFields(const QString& list, Record& record, QString* (*fieldOf)(Record&
 }
 
 /// "V" and three numbers of one byte each; 0.0.0 for anything else.
-FirmwareVersion versionOf(const QString& text)
+std::optional<FirmwareVersion> versionOf(const QString& text)
 {
     const QStringList parts =
         without(withoutLineFeeds(text), QStringLiteral("V")).trimmed().split(QLatin1Char('.'));
     std::array<uint, 3> numbers{};
     if (parts.size() != static_cast<int>(numbers.size()))
-        return {};
+        return std::nullopt;
     for (size_t i = 0; i < numbers.size(); ++i) {
         bool converted = false;
         numbers[i] = parts[static_cast<int>(i)].toUInt(&converted);
         if (!converted || numbers[i] > maxVersionPart)
-            return {};
+            return std::nullopt;
     }
-    return {static_cast<quint16>(numbers[0]), static_cast<quint8>(numbers[1]),
-            static_cast<quint8>(numbers[2])};
+    return FirmwareVersion{static_cast<quint16>(numbers[0]), static_cast<quint8>(numbers[1]),
+                           static_cast<quint8>(numbers[2])};
+}
+
+bool isKnownKind(const QString& kind)
+{
+    constexpr std::array<const char*, 4> kinds{"Loader", "LoaderUpdater", "VYRApp", "Unknown"};
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [&kind](const char* known) { return kind == QLatin1String(known); });
 }
 } // namespace
 
@@ -234,8 +243,14 @@ int Replies::imageVersion(const QString& reply, ImageVersion& image)
     const QStringList parts = reply.split(QLatin1Char(' '));
     if (parts.size() != 2)
         return DeviceResult::NotUnderstood;
+    const std::optional<FirmwareVersion> version = versionOf(parts[1]);
+    // Two words without a version may be a late answer to something else; taken for an image they would stay,
+    // as an image that is told is not asked for again.
+    if (!version && !isKnownKind(parts[0]))
+        return DeviceResult::NotUnderstood;
     image.kind = parts[0];
-    image.version = image.kind == QLatin1String("Unknown") ? FirmwareVersion{} : versionOf(parts[1]);
+    image.version =
+        image.kind == QLatin1String("Unknown") ? FirmwareVersion{} : version.value_or(FirmwareVersion{});
     return DeviceResult::Ok;
 }
 
