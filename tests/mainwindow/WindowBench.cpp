@@ -213,6 +213,26 @@ bool FakeIlluminator::waitForCommand(const QByteArray& line) const
     return m_bench.waitForLine(line);
 }
 
+bool ConnectedWindowTest::buildConnectedWindow()
+{
+    m_bench = std::make_unique<WindowBench>();
+    m_illuminator = std::make_unique<FakeIlluminator>();
+    m_window = m_bench->start();
+    if (!m_illuminator->connectTo(*m_window)) {
+        return false;
+    }
+    // The link tells an unchanged "ok" once per process only.
+    m_window->onWarningStateChanged(false, QStringLiteral("ok"));
+    return true;
+}
+
+void ConnectedWindowTest::removeWindow()
+{
+    m_window.reset();
+    m_illuminator.reset();
+    m_bench.reset();
+}
+
 Column::Column(const QWidget& window, int number)
     : frame(find<QWidget>(window, "frameChannel", number)),
       lowerPart(find<QWidget>(window, "frameChannelBottom", number)),

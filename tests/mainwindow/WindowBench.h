@@ -7,6 +7,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QObject>
 #include <QPushButton>
 #include <QSlider>
 #include <QTemporaryDir>
@@ -84,6 +85,20 @@ private:
     QByteArray levelList() const;
 
     ScriptedBench m_bench;
+};
+
+/// What a test of the connected window begins with: a window whose device is identified and reports no
+/// warning.
+class ConnectedWindowTest : public QObject
+{
+protected:
+    /// False when the device is not found, or not settled, in time.
+    bool buildConnectedWindow();
+    void removeWindow();
+
+    std::unique_ptr<WindowBench> m_bench;
+    std::unique_ptr<FakeIlluminator> m_illuminator;
+    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 /// The widgets of one channel, by number from 1.

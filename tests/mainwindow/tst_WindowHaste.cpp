@@ -12,7 +12,7 @@
 
 /// An operator who is faster than the device, or who uses the keyboard: what is shown, kept and sent is the
 /// last choice, and the limit holds.
-class tst_WindowHaste : public QObject
+class tst_WindowHaste : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -40,29 +40,20 @@ private:
     Column column(int number) const { return Column(*m_window, number); }
     bool goExternal();
 
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
     std::unique_ptr<BoxAnswerer> m_boxes;
 };
 
 void tst_WindowHaste::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
     m_boxes = std::make_unique<BoxAnswerer>();
-    QVERIFY(m_illuminator->connectTo(*m_window));
-    m_window->onWarningStateChanged(false, QStringLiteral("ok"));
+    QVERIFY(buildConnectedWindow());
     m_illuminator->clearCommands();
 }
 
 void tst_WindowHaste::cleanup()
 {
     m_boxes.reset();
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowHaste::newerLevelWins()

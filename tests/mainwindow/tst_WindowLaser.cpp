@@ -9,7 +9,7 @@
 #include <memory>
 
 /// Switching the laser system on and off, clearing faults, and the pictures of every state.
-class tst_WindowLaser : public QObject
+class tst_WindowLaser : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -40,27 +40,17 @@ private:
     QLabel* onOff() const { return label(*m_window, "labelLaserOnOff"); }
     bool waitForMode(const QByteArray& mode, const QString& word);
     void quiet();
-
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 void tst_WindowLaser::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
-    QVERIFY(m_illuminator->connectTo(*m_window));
-    m_window->onWarningStateChanged(false, QStringLiteral("ok"));
+    QVERIFY(buildConnectedWindow());
     quiet();
 }
 
 void tst_WindowLaser::cleanup()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowLaser::quiet()

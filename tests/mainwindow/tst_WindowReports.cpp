@@ -10,7 +10,7 @@
 #include <memory>
 
 /// What the device reports of faults, warnings, fibres and itself, and the control modes.
-class tst_WindowReports : public QObject
+class tst_WindowReports : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -34,28 +34,18 @@ private:
     QString picture(const char* objectName) const { return pictureOn(label(*m_window, objectName)); }
     bool waitForMode(const QByteArray& mode, const QString& word);
     void quiet();
-
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 void tst_WindowReports::init()
 {
     qRegisterMetaType<channel*>();
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
-    QVERIFY(m_illuminator->connectTo(*m_window));
-    m_window->onWarningStateChanged(false, QStringLiteral("ok"));
+    QVERIFY(buildConnectedWindow());
     quiet();
 }
 
 void tst_WindowReports::cleanup()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowReports::quiet()

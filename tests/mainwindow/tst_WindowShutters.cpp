@@ -18,7 +18,7 @@ const QString limitText = QStringLiteral("System at limit of enabled channels.  
 } // namespace
 
 /// The shutter buttons: what a click sends, what refuses it, and that nothing else ever opens a shutter.
-class tst_WindowShutters : public QObject
+class tst_WindowShutters : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -51,30 +51,20 @@ private:
     QPushButton* button(int number) const { return Column(*m_window, number).shutter; }
     bool openByClick(int number);
 
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
     std::unique_ptr<BoxAnswerer> m_boxes;
 };
 
 void tst_WindowShutters::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
     m_boxes = std::make_unique<BoxAnswerer>();
-    QVERIFY(m_illuminator->connectTo(*m_window));
-    // The link tells an unchanged "ok" once per process only.
-    m_window->onWarningStateChanged(false, QStringLiteral("ok"));
+    QVERIFY(buildConnectedWindow());
     m_illuminator->clearCommands();
 }
 
 void tst_WindowShutters::cleanup()
 {
     m_boxes.reset();
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 bool tst_WindowShutters::openByClick(int number)
