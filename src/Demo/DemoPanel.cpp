@@ -16,9 +16,12 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
 constexpr int gapToWindow = 8;
+// The window manager needs a moment to decide where the window stands.
+constexpr std::chrono::milliseconds placingTime{300};
 const char* const kFaults[] = {"Interlock open", "Necsel over temperature", "Laser fan stalled",
                                "Power supply out of range"};
 
@@ -168,7 +171,7 @@ void DemoPanel::addInputRow(QGridLayout& grid, int channel)
 bool DemoPanel::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Show && !event->spontaneous()) {
-        m_showSoon.start(0); // where the window's frame stands is known after this
+        m_showSoon.start(placingTime);
     }
     return QWidget::eventFilter(watched, event);
 }
