@@ -197,3 +197,42 @@ int DeviceTest::Announcements::count(const QString& prefix) const
     return static_cast<int>(std::count_if(
         all.begin(), all.end(), [&prefix](const QString& text) { return text.startsWith(prefix); }));
 }
+
+void DeviceTest::PollTest::begin()
+{
+    m_bench = std::make_unique<ScriptedBench>();
+    answerAsApplication(*m_bench);
+    m_device = std::make_unique<Device>();
+    m_heard = std::make_unique<Announcements>(*m_device);
+    QVERIFY(connectWithoutPoll(*m_device));
+    // Four ticks bring the warnings round once; the countdown then stands at the beginning.
+    do {
+        m_bench->clearReceived();
+        m_device->pollDevice();
+    } while (m_bench->count("warn?") == 0);
+    m_bench->clearReceived();
+    m_heard->all.clear();
+}
+
+void DeviceTest::PollTest::end()
+{
+    m_heard.reset();
+    m_device.reset();
+    m_bench.reset();
+    QCOMPARE(m_warnings.take(), QStringList());
+}
+
+void DeviceTest::PollTest::connectAnew()
+{
+    m_device->selectPort({});
+    QVERIFY(connectWithoutPoll(*m_device));
+    m_bench->clearReceived();
+    m_heard->all.clear();
+}
+
+QStringList DeviceTest::PollTest::tick()
+{
+    m_heard->all.clear();
+    m_device->pollDevice();
+    return m_heard->all;
+}

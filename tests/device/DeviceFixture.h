@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 
 /// What the tests of the device link share.
 namespace DeviceTest {
@@ -81,6 +82,22 @@ public:
 
 private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+/// What a test that runs ticks by hand begins with: a connected device without fault and warning, both told,
+/// and with the countdown of the warnings, which belongs to the process, at its beginning.
+class PollTest : public QObject
+{
+protected:
+    void begin();
+    void end();
+    void connectAnew();
+    QStringList tick(); ///< what one tick announces
+
+    QtWarnings m_warnings;
+    std::unique_ptr<ScriptedBench> m_bench;
+    std::unique_ptr<Device> m_device;
+    std::unique_ptr<Announcements> m_heard;
 };
 
 } // namespace DeviceTest

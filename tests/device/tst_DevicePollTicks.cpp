@@ -11,13 +11,13 @@ using Simulator::WireFault;
 
 /// How ticks run beside everything else that uses the line. Each test begins with a device that has no fault
 /// and no warning, told.
-class tst_DevicePollTicks : public QObject
+class tst_DevicePollTicks : public PollTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void tickDuringATransactionDoesNothing();
     void tickIsNotEntered();
@@ -31,56 +31,7 @@ private slots:
     void lateRepliesTellNothingFalse_data();
     void lateRepliesTellNothingFalse();
     void manyTicksInARow();
-
-private:
-    void connectAnew();
-    QStringList tick();
-
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
-    std::unique_ptr<Announcements> m_heard;
 };
-
-void tst_DevicePollTicks::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    m_heard = std::make_unique<Announcements>(*m_device);
-    QVERIFY(connectWithoutPoll(*m_device));
-    // Four ticks bring the warnings round once; the countdown then stands at the beginning.
-    do {
-        m_bench->clearReceived();
-        m_device->pollDevice();
-    } while (m_bench->count("warn?") == 0);
-    m_bench->clearReceived();
-    m_heard->all.clear();
-}
-
-void tst_DevicePollTicks::cleanup()
-{
-    m_heard.reset();
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
-
-void tst_DevicePollTicks::connectAnew()
-{
-    m_device->selectPort({});
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-    m_heard->all.clear();
-}
-
-/// What one tick announces.
-QStringList tst_DevicePollTicks::tick()
-{
-    m_heard->all.clear();
-    m_device->pollDevice();
-    return m_heard->all;
-}
 
 void tst_DevicePollTicks::tickDuringATransactionDoesNothing()
 {

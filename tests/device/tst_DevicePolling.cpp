@@ -7,13 +7,13 @@ using namespace std::chrono_literals;
 
 /// Ticks are run by hand where their number matters. The last fault and warning messages and the countdown of
 /// the warnings belong to the process: each test begins with a device that has no fault and no warning, told.
-class tst_DevicePolling : public QObject
+class tst_DevicePolling : public PollTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void tickAsksInOrder();
     void externalLevelsAreRead();
@@ -31,56 +31,7 @@ private slots:
     void failedQueryLeavesTheOthers();
     void announcementWaitsForAKnownSource();
     void failedWarningKeepsTheAnnouncementDue();
-
-private:
-    void connectAnew();
-    QStringList tick();
-
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
-    std::unique_ptr<Announcements> m_heard;
 };
-
-void tst_DevicePolling::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    m_heard = std::make_unique<Announcements>(*m_device);
-    QVERIFY(connectWithoutPoll(*m_device));
-    // Four ticks bring the warnings round once; the countdown then stands at the beginning.
-    do {
-        m_bench->clearReceived();
-        m_device->pollDevice();
-    } while (m_bench->count("warn?") == 0);
-    m_bench->clearReceived();
-    m_heard->all.clear();
-}
-
-void tst_DevicePolling::cleanup()
-{
-    m_heard.reset();
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
-
-void tst_DevicePolling::connectAnew()
-{
-    m_device->selectPort({});
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-    m_heard->all.clear();
-}
-
-/// What one tick announces.
-QStringList tst_DevicePolling::tick()
-{
-    m_heard->all.clear();
-    m_device->pollDevice();
-    return m_heard->all;
-}
 
 void tst_DevicePolling::tickAsksInOrder()
 {
