@@ -75,8 +75,7 @@ void PelorinMainWindow::saveSettings()
     UserSettings settings;
     const QList<channel*> channels = m_scenario->channels();
     for (const channel* laser : channels) {
-        settings.channels.at(laser->index()) = {laser->name(), laser->intensity(), laser->isVisible(),
-                                                laser->isTtlInverted(), laser->colour()};
+        settings.channels.at(laser->index()) = settingsOf(*laser);
     }
     settings.comPort = m_device->portName();
     settings.choices = m_choices;

@@ -26,6 +26,8 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_display = std::make_unique<LaserDisplay>(*this);
     m_store = openSettingsStore();
     m_update = new Update(window(), m_store.get());
+    connect(m_update, &Update::actionRefused, this,
+            [this] { showStatus(tr("Firmware update in progress.")); });
 
     m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));
     setWindowTitle(windowTitle() + m_versionString);
@@ -101,7 +103,14 @@ void PelorinMainWindow::connectSettingsDialog()
 {
     Device* device = m_device.get();
     SettingsDialog* dialog = m_settingsDialog;
-    connect(dialog->console(), &Console::getData, device, &Device::writeRaw, Qt::DirectConnection);
+    connect(
+        dialog->console(), &Console::getData, device,
+        [this, device](const QByteArray& bytes) {
+            if (!isUpdateInTheWay()) {
+                device->writeRaw(bytes);
+            }
+        },
+        Qt::DirectConnection);
     connect(device, &Device::receivedDataFromDevice, dialog, &SettingsDialog::receivedDataFromDevice,
             Qt::DirectConnection);
     connect(device, &Device::deviceDisconnected, dialog, &SettingsDialog::onDeviceDisconnected,
@@ -185,9 +194,5 @@ void PelorinMainWindow::warn(const QString& text)
 
 bool PelorinMainWindow::isUpdateInTheWay()
 {
-    if (!m_update->isInProgress()) {
-        return false;
-    }
-    showStatus(tr("Firmware update in progress."));
-    return true;
+    return m_update->refusesAction();
 }

@@ -1,35 +1,15 @@
 #pragma once
 
 #include "device/DeviceTypes.h"
+#include "mainwindow/ChannelSettings.h"
+#include "settings/OperatingChoices.h"
 
 #include <QByteArray>
-#include <QColor>
 #include <QString>
 
 #include <array>
 
 class QSettings;
-
-/// What is kept of one channel. Shutters are not kept: a program that starts opens none.
-struct ChannelSettings
-{
-    QString name;
-    float intensity = 0.0F; ///< percent, 0 to 100
-    bool visible = true;
-    bool ttlInverted = false;
-    QColor colour;
-};
-
-/// The operator's choices for the device as a whole.
-struct OperatingChoices
-{
-    bool sleepTimerEnabled = true;
-    int sleepMinutes = 30;
-    quint8 shutterControl = 1;   ///< 1 this computer, 0 the external digital inputs
-    quint8 intensityControl = 1; ///< 1 this computer, 0 the external analogue inputs
-    bool speckleReducer = true;
-    bool verboseLogging = false;
-};
 
 /// How the window stood when it was closed.
 struct WindowLayout

@@ -29,8 +29,12 @@ public:
     Update(QWidget* topLevelWindow, QSettings* store);
 
     bool isInProgress() const { return m_inProgress; }
+    /// For whoever is about to use the line: true, and actionRefused() is emitted, while a run has it.
+    bool refusesAction();
 
 signals:
+    /// Somebody wanted to use the line that a run has for itself; nothing was sent.
+    void actionRefused();
     /// Asks for a copy of the device's calibration in the file @p pathName.
     void saveSettingsInfo(const QString& pathName);
 
