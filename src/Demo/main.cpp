@@ -11,6 +11,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <optional>
@@ -21,6 +22,9 @@ constexpr quint16 kVendorId = 0x2F26;
 constexpr quint16 kProductId = 0x3A98;
 constexpr std::chrono::seconds kWarmup{8};
 constexpr std::chrono::seconds kSceneWarmup{3};
+/// Of a unit that a lab has used for a while.
+constexpr std::array<double, Simulator::kChannelCount> kHoursInUse{812.4, 95.0,  1203.7, 340.2,
+                                                                   77.9,  655.5, 1480.1, 12.6};
 
 void listAsOnlyPort(Simulator::SimulatedIlluminator& illuminator)
 {
@@ -39,6 +43,9 @@ Simulator::SimulatedIlluminator& attachIlluminator(PelorinMainWindow& window,
     auto* illuminator = new Simulator::SimulatedIlluminator(&window);
     illuminator->model().lasers().setWarmupDuration(warmup);
     illuminator->wire().setPaced(true);
+    for (int channel = 0; channel < Simulator::kChannelCount; ++channel) {
+        illuminator->setHours(channel, kHoursInUse.at(static_cast<std::size_t>(channel)));
+    }
     listAsOnlyPort(*illuminator);
     if (!illuminator->plug()) {
         QTextStream(stderr) << illuminator->wire().errorString() << '\n';

@@ -2,6 +2,7 @@
 #include "mainwindow/SettingsStore.h"
 #include "mainwindow/UserSettings.h"
 #include "mainwindow/WindowBench.h"
+#include "support/FileSizeLimit.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -10,37 +11,8 @@
 #include <QTest>
 
 #include <cmath>
-#include <csignal>
 #include <limits>
 #include <memory>
-#include <sys/resource.h>
-
-namespace {
-/// Files end at this size while it lives: what a full disk looks like to this process.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        // Without this the system would end the process where it can also report an error.
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limited{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit m_before{};
-    void (*m_oldHandler)(int);
-};
-} // namespace
 
 /// The kept settings as data: keys, types, defaults, and what becomes of values that make no sense.
 class tst_UserSettings : public QObject

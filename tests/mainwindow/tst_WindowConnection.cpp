@@ -170,9 +170,9 @@ void tst_WindowConnection::loaderImageIsShownAndLeftAlone()
 {
     m_illuminator->image = "Loader V1.5.0";
     QVERIFY(m_illuminator->connectTo(*m_window));
-    QCOMPARE(systemId(), QStringLiteral("SN 1234  V1.5.0"));
+    QCOMPARE(systemId(), QStringLiteral("SN 1234  Loader V1.5.0"));
     QCOMPARE(m_illuminator->commands(), QList<QByteArray>());
-    QCOMPARE(label(*m_window, "labelLaserStatusText")->text(), QString());
+    QCOMPARE(label(*m_window, "labelLaserStatusText")->text(), QStringLiteral("Loader"));
     QCOMPARE(statusText(*m_window),
              QString(QStringLiteral("Device connected on ") + m_illuminator->bench().portName()));
 }

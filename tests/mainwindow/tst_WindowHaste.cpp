@@ -246,8 +246,8 @@ void tst_WindowHaste::bareKeysDoNotAct()
 
 void tst_WindowHaste::tabOrderIsThatOfTheEye()
 {
-    QStringList expected{"labelLaserOnOff", "labelLaserStatus", "pushButtonSettings",
-                         "pushButtonExpandCollapseWindow"};
+    QStringList expected{"labelLaserOnOff",        "labelLaserStatus",   "pushButtonSaveScenario",
+                         "pushButtonLoadScenario", "pushButtonSettings", "pushButtonExpandCollapseWindow"};
     for (int number = 1; number <= channelCount; ++number) {
         for (const char* name : {"lineEditSliderName", "lineEditSliderPercentage", "pushButtonChannelShutter",
                                  "verticalSliderChannel"}) {

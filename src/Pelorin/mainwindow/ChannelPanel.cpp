@@ -94,7 +94,10 @@ void ChannelPanel::showShutter(int number, bool open)
 {
     QPushButton* button = widgets(number).shutter;
     if (open != button->isChecked()) {
-        noteShutterRequest(number, false);
+        widgets(number).opening = QDeadlineTimer();
+    }
+    if (!open) {
+        widgets(number).closing = false;
     }
     button->setChecked(open);
     button->setText(open ? QStringLiteral("Shutter Open") : QStringLiteral("Shutter Closed"));
@@ -156,13 +159,15 @@ void ChannelPanel::forgetReportedIntensities()
 
 void ChannelPanel::noteShutterRequest(int number, bool open)
 {
-    widgets(number).opening = QDeadlineTimer(open ? reportTime : std::chrono::milliseconds::zero());
+    widgets(number).opening = open ? QDeadlineTimer(reportTime) : QDeadlineTimer();
+    widgets(number).closing = !open;
 }
 
 void ChannelPanel::forgetRequests()
 {
-    for (int number = 1; number <= channelCount; ++number) {
-        noteShutterRequest(number, false);
+    for (ChannelWidgets& channel : m_widgets) {
+        channel.opening = QDeadlineTimer();
+        channel.closing = false;
     }
 }
 

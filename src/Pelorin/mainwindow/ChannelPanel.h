@@ -51,6 +51,10 @@ public:
     /// had time to.
     void noteShutterRequest(int number, bool open);
     void forgetRequests();
+    /// True from the wish to close a shutter until the device reports it closed, or was asked to open it.
+    bool isClosingPending(int number) const { return widgets(number).closing; }
+    /// True from the wish to open a shutter until its report, or until the time for it is over.
+    bool isOpeningPending(int number) const { return !widgets(number).opening.hasExpired(); }
     /// The other shutters that are open, or were asked to open and are not reported yet: clicks can be faster
     /// than the device's reports.
     int openShutterCountBeside(int number) const;
@@ -84,6 +88,7 @@ private:
         QPushButton* shutter = nullptr;
         std::optional<float> reportedPercent;
         QDeadlineTimer opening; ///< runs while an opening was asked for and may still be on its way
+        bool closing = false;   ///< a closing was asked for and is not reported yet
 
         QString percentageText() const;
     };

@@ -3,7 +3,9 @@
 #include "mainwindow/ChannelTable.h"
 #include "mainwindow/channel.h"
 
+#include <QRegularExpression>
 #include <QSettings>
+#include <QVariant>
 
 #include <algorithm>
 #include <cmath>
@@ -17,35 +19,48 @@ constexpr char visibleKey[] = "Channel Visible";
 constexpr char ttlInvertKey[] = "Channel Shutter TTL Invert";
 constexpr char colourKey[] = "Channel Color";
 
-/// Gives the keys of one channel.
-class ChannelKeys
-{
-public:
-    ChannelKeys(const QString& parentGroup, int index)
-        : m_group((parentGroup.isEmpty() ? QString() : QString(parentGroup + QLatin1Char('/'))) +
-                  ChannelTable::settingsGroup(index) + QLatin1Char('/'))
-    {
-    }
-    QString operator()(const char* key) const { return m_group + QLatin1String(key); }
-
-private:
-    QString m_group;
-};
-
 float readPercent(const QSettings& store, const QString& key)
 {
     const float percent = store.value(key, 0.0F).toFloat();
     return std::isnan(percent) ? 0.0F : std::clamp(percent, 0.0F, maximumPercent);
 }
+
+bool isPercent(const QVariant& value)
+{
+    bool ok = false;
+    const float percent = value.toString().toFloat(&ok);
+    return ok && percent >= 0.0F && percent <= maximumPercent;
+}
+
+bool isColour(const QVariant& value)
+{
+    static const QRegularExpression sixDigits(
+        QRegularExpression::anchoredPattern(QStringLiteral("[0-9A-Fa-f]{6}")));
+    return sixDigits.match(value.toString()).hasMatch();
+}
 } // namespace
 
-bool StoredValue::toBool(const QSettings& store, const QString& key, bool fallback)
+QString channelKey(const QString& parentGroup, int index, const char* key)
 {
-    const QString text = store.value(key, fallback).toString().trimmed().toLower();
+    const QString group = ChannelTable::settingsGroup(index) + QLatin1Char('/') + QLatin1String(key);
+    return parentGroup.isEmpty() ? group : QString(parentGroup + QLatin1Char('/') + group);
+}
+
+std::optional<bool> StoredValue::asBool(const QSettings& store, const QString& key)
+{
+    const QString text = store.value(key).toString().trimmed().toLower();
     if (text == QLatin1String("true") || text == QLatin1String("1")) {
         return true;
     }
-    return text != QLatin1String("false") && text != QLatin1String("0") && fallback;
+    if (text == QLatin1String("false") || text == QLatin1String("0")) {
+        return false;
+    }
+    return std::nullopt;
+}
+
+bool StoredValue::toBool(const QSettings& store, const QString& key, bool fallback)
+{
+    return asBool(store, key).value_or(fallback);
 }
 
 ChannelSettings settingsOf(const channel& laser)
@@ -55,7 +70,7 @@ ChannelSettings settingsOf(const channel& laser)
 
 ChannelSettings readChannelSettings(const QSettings& store, const QString& parentGroup, int index)
 {
-    const ChannelKeys key(parentGroup, index);
+    const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
     ChannelSettings channel;
     channel.name = store.value(key(nameKey), ChannelTable::defaultName(index)).toString();
     channel.intensity = readPercent(store, key(intensityKey));
@@ -66,10 +81,22 @@ ChannelSettings readChannelSettings(const QSettings& store, const QString& paren
     return channel;
 }
 
+std::optional<ChannelSettings> readWholeChannelSettings(const QSettings& store, const QString& parentGroup,
+                                                        int index)
+{
+    const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
+    // A text with a bare comma is read as a list, and would become an empty name without notice.
+    const bool isNameText = store.value(key(nameKey)).userType() == QMetaType::QString;
+    const bool whole = isNameText && isPercent(store.value(key(intensityKey))) &&
+                       StoredValue::asBool(store, key(visibleKey)) &&
+                       StoredValue::asBool(store, key(ttlInvertKey)) && isColour(store.value(key(colourKey)));
+    return whole ? std::make_optional(readChannelSettings(store, parentGroup, index)) : std::nullopt;
+}
+
 void writeChannelSettings(QSettings& store, const QString& parentGroup, int index,
                           const ChannelSettings& channel)
 {
-    const ChannelKeys key(parentGroup, index);
+    const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
     store.setValue(key(nameKey), channel.name);
     store.setValue(key(intensityKey), static_cast<double>(channel.intensity));
     store.setValue(key(visibleKey), channel.visible);

@@ -3,6 +3,8 @@
 #include <QColor>
 #include <QString>
 
+#include <optional>
+
 class QSettings;
 class channel;
 
@@ -23,10 +25,18 @@ ChannelSettings settingsOf(const channel& laser);
 // is empty for the top of the store.
 /// Every value within its range whatever the store holds; defaults where it holds nothing.
 ChannelSettings readChannelSettings(const QSettings& store, const QString& parentGroup, int index);
+/// Nothing where any of the values is missing, or is not one that could have been written.
+std::optional<ChannelSettings> readWholeChannelSettings(const QSettings& store, const QString& parentGroup,
+                                                        int index);
 void writeChannelSettings(QSettings& store, const QString& parentGroup, int index,
                           const ChannelSettings& channel);
 
+/// A key of the channel's group, for what others keep beside the above.
+QString channelKey(const QString& parentGroup, int index, const char* key);
+
 namespace StoredValue {
-/// A text that is neither true nor false would count as true by itself; here it counts as not stored.
+/// What was written as true or false; nothing for anything else, and where nothing is stored.
+std::optional<bool> asBool(const QSettings& store, const QString& key);
+/// The same with a default: a text that is neither true nor false would count as true by itself.
 bool toBool(const QSettings& store, const QString& key, bool fallback);
 } // namespace StoredValue

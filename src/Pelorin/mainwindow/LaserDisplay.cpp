@@ -54,6 +54,23 @@ QString statusWord(const LaserState& state)
     return tr("Idle");
 }
 
+/// The image's name where it is another one than the application, which tells its state itself.
+QString imageWord(DeviceMode running)
+{
+    switch (running) {
+    case DeviceMode::Loader:
+        return tr("Loader");
+    case DeviceMode::LoaderUpdater:
+        return tr("Loader updater");
+    case DeviceMode::NotIdentified:
+    case DeviceMode::Application:
+    case DeviceMode::UpdatingLaserController:
+    case DeviceMode::Other:
+        break;
+    }
+    return {};
+}
+
 const char* statusPicture(const LaserState& state)
 {
     if (state.mode == FunctionalModeRun) {
@@ -91,10 +108,18 @@ void LaserDisplay::showState(const LaserState& state)
     showFiber(m_necselFiber, state.no555Warning && ready);
 }
 
-void LaserDisplay::showConnected()
+void LaserDisplay::showConnected(DeviceMode running)
 {
+    const QString word = imageWord(running);
+    if (word.isEmpty()) {
+        m_statusText->clear();
+    } else {
+        // Nothing will be reported of a laser that this image does not drive.
+        showStatus(statusOff, word);
+        showFiber(m_necselFiber, false);
+        showFiber(m_novalumFiber, false);
+    }
     showLaserOff();
-    m_statusText->clear();
 }
 
 void LaserDisplay::showDisconnected()
@@ -146,14 +171,14 @@ void LaserDisplay::showSleepTimer(int minutes)
     m_sleepTimer->setText(minutes == 0 ? tr("Sleep Timer Disabled") : tr("Sleep Timer: %1 min").arg(minutes));
 }
 
-void LaserDisplay::showVersion(const QString& version)
+void LaserDisplay::showFirmware(const QString& firmware)
 {
-    m_systemId->setText(version.isEmpty() ? QString() : tr("V%1").arg(version));
+    m_systemId->setText(firmware);
 }
 
-void LaserDisplay::showIdentity(const ProductConfig& product, const QString& version)
+void LaserDisplay::showIdentity(const ProductConfig& product, const QString& firmware)
 {
-    showVersion(version);
+    showFirmware(firmware);
     if (!product.serialNumber.isEmpty()) {
         m_systemId->setText(
             QString(tr("SN %1").arg(product.serialNumber) + QLatin1String("  ") + m_systemId->text())

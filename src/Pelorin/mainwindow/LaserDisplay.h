@@ -25,17 +25,18 @@ public:
     explicit LaserDisplay(const QWidget& window);
 
     void showState(const LaserState& state);
-    /// A device is there, but has not told its mode yet.
-    void showConnected();
+    /// A device is there, but has not told its state yet; only the application image ever will.
+    void showConnected(DeviceMode running);
     void showDisconnected();
     void showLaserOff(); ///< the on/off picture alone
 
     void showIntensityControl(quint8 mode); ///< 1 this computer, anything else the external inputs
     void showShutterControl(quint8 mode);   ///< 1 this computer, anything else the external inputs
     void showSleepTimer(int minutes);       ///< 0 = disabled
-    // @p version is the running firmware's, empty when it is not known; texts of the device stay plain text.
-    void showVersion(const QString& version);
-    void showIdentity(const ProductConfig& product, const QString& version);
+    // @p firmware tells the running image and its version, empty when it is not known; texts of the device
+    // stay plain text.
+    void showFirmware(const QString& firmware);
+    void showIdentity(const ProductConfig& product, const QString& firmware);
     void clearIdentity();
 
     bool isOnOffImage(const QObject* object) const;

@@ -7,6 +7,7 @@
 #include "mainwindow/PelorinMainWindow.h"
 #include "scenario/Scenario.h"
 #include "ui_PelorinMainWindow.h"
+#include "update/Update.h"
 
 #include <QIcon>
 #include <QKeyEvent>
@@ -148,47 +149,75 @@ void PelorinMainWindow::onIntensityChanged(const float* intensityLevels)
 void PelorinMainWindow::shutterClicked(int number)
 {
     channel* const clicked = laser(number);
-    if (clicked == nullptr || isUpdateInTheWay() || isShutterChangeRefused(*clicked)) {
+    if (clicked == nullptr || isUpdateInTheWay()) {
         return;
     }
-    const bool open = !clicked->isShutterOpen();
-    if (open && m_choices.intensityControl == 1) {
-        // The device must know how bright the channel is to be before light comes out of it.
-        updateChannelIntensity(clicked, clicked->intensity());
-        // Sending can wait for the device, and what it reported meanwhile may forbid what was allowed.
-        if (isShutterChangeRefused(*clicked)) {
-            return;
-        }
+    const ShutterAnswer answer = changeShutter(*clicked, !clicked->isShutterOpen());
+    if (!answer.refusal.isEmpty()) {
+        warn(answer.refusal);
+    } else if (answer.code != DeviceResult::Ok) {
+        showStatus(tr("Unable to change shutter state. Error = %1").arg(answer.code));
     }
-    if (!m_device) {
-        return;
-    }
-    const int result = m_device->setShutter(*clicked, open);
-    if (result != DeviceResult::Ok) {
-        showStatus(tr("Unable to change shutter state. Error = %1").arg(result));
-        return;
-    }
-    m_panel->noteShutterRequest(number, open);
 }
 
-bool PelorinMainWindow::isShutterChangeRefused(const channel& laser)
+ShutterAnswer PelorinMainWindow::changeShutter(channel& laser, bool open)
 {
-    if (m_choices.shutterControl == 0) {
-        warn(tr("Shutter change not allowed.  System is in External Shutter Control Mode."));
-        return true;
+    if (const QString refusal = shutterRefusal(laser, open); !refusal.isEmpty()) {
+        return {refusal, DeviceResult::Ok};
     }
-    if (laser.isShutterOpen()) {
-        return false;
+    if (open && m_choices.intensityControl == 1) {
+        // The device must know how bright the channel is to be before light comes out of it.
+        updateChannelIntensity(&laser, laser.intensity());
+        // Sending can wait for the device, and what it reported meanwhile may forbid what was allowed.
+        if (const QString refusal = shutterRefusal(laser, open); !refusal.isEmpty()) {
+            return {refusal, DeviceResult::Ok};
+        }
+    }
+    const int code = m_device->setShutter(laser, open);
+    if (code == DeviceResult::Ok) {
+        m_panel->noteShutterRequest(laser.index() + 1, open);
+    }
+    return {QString(), code};
+}
+
+QString PelorinMainWindow::shutterRefusal(const channel& laser, bool open) const
+{
+    if (m_update->isInProgress()) {
+        return tr("Firmware update in progress.");
+    }
+    if (m_choices.shutterControl == 0) {
+        return tr("Shutter change not allowed.  System is in External Shutter Control Mode.");
+    }
+    if (!open) {
+        return {};
     }
     if (!laser.isEnabled()) {
-        warn(tr("Channel is disabled due to fiber interlock."));
-        return true;
+        return tr("Channel is disabled due to fiber interlock.");
     }
     if (m_panel->openShutterCountBeside(laser.index() + 1) >= m_maximumEnabledChannels) {
-        warn(tr("System at limit of enabled channels.  Please disable a channel."));
-        return true;
+        return tr("System at limit of enabled channels.  Please disable a channel.");
     }
-    return false;
+    return {};
+}
+
+void PelorinMainWindow::applyChannel(channel& laser, const ChannelSettings& settings)
+{
+    const int number = laser.index() + 1;
+    m_panel->showName(number, settings.name);
+    emit channelNameChanged(&laser, settings.name);
+    laser.setVisible(settings.visible);
+    m_panel->showVisible(number, settings.visible);
+    laser.setColour(settings.colour);
+    m_panel->showColour(number, settings.colour);
+    m_panel->showIntensity(number, settings.intensity);
+    if (m_choices.intensityControl == 1) {
+        emit channelIntensityChanged(&laser, settings.intensity);
+    } else {
+        // Kept for this computer's control; what the device takes from its input goes on being shown.
+        laser.setIntensity(settings.intensity);
+        m_panel->showReportedIntensity(number);
+    }
+    onInvertTTLChanged(laser.index(), settings.ttlInverted);
 }
 
 void PelorinMainWindow::onShutterChanged(const bool* shutterStates)
@@ -208,6 +237,7 @@ void PelorinMainWindow::onInvertTTLChanged(quint8 channelIndex, bool inverted)
     }
     channel* const changed = m_scenario->channels().at(channelIndex);
     changed->setTtlInverted(inverted);
+    m_scenarioControl->onChannelChanged();
     if (m_device && !isUpdateInTheWay()) {
         m_device->setTTLInvert(*changed, inverted);
     }

@@ -15,6 +15,17 @@ namespace {
 bool laserButtonBusy = false;
 bool onOffClickBusy = false;
 bool statusClickBusy = false;
+
+/// Empty while it is not known what runs; the application, which runs every day, is told by its version
+/// alone.
+QString firmwareText(DeviceMode mode, const ImageVersion& running)
+{
+    if (mode == DeviceMode::NotIdentified) {
+        return {};
+    }
+    const QString version = QLatin1Char('V') + running.version.toString();
+    return mode == DeviceMode::Application ? version : QString(running.kind + QLatin1Char(' ') + version);
+}
 } // namespace
 
 void PelorinMainWindow::laserOnOffClicked()
@@ -145,7 +156,8 @@ void PelorinMainWindow::onWarningStateChanged(bool state, const QString& message
 void PelorinMainWindow::onDeviceConnected(const QString& portName)
 {
     showStatus(tr("Device connected on %1").arg(portName));
-    m_display->showConnected();
+    m_laserOn = false;
+    m_display->showConnected(m_device->deviceMode());
     if (m_update->isInProgress()) {
         return;
     }
@@ -161,16 +173,14 @@ void PelorinMainWindow::onDeviceConnected(const QString& portName)
 
 void PelorinMainWindow::readIdentity()
 {
-    const QString version = m_device->deviceMode() == DeviceMode::NotIdentified
-                                ? QString()
-                                : m_device->runningVersion().version.toString();
-    m_display->showVersion(version);
+    const QString firmware = firmwareText(m_device->deviceMode(), m_device->runningVersion());
+    m_display->showFirmware(firmware);
     ProductConfig product;
     const QPointer<PelorinMainWindow> self(this);
     if (m_device->readProductConfig(product) != DeviceResult::Ok || !self || !m_device->isOpen()) {
         return;
     }
-    m_display->showIdentity(product, version);
+    m_display->showIdentity(product, firmware);
     QS_INFO() << "VYR Serial Number" << product.serialNumber;
     QS_INFO() << "Necsel Serial Number" << product.necselSerialNumber;
     QS_INFO() << "Novalum Serial Number" << product.novalumSerialNumber;
@@ -197,10 +207,24 @@ void PelorinMainWindow::sendEverything()
     }
 }
 
+/// The states are sent again on connecting; a shutter that was to be closed must not come back open because
+/// its report was lost with the connection.
+void PelorinMainWindow::keepClosingsInMind()
+{
+    for (int number = 1; number <= channelCount; ++number) {
+        if (m_panel->isClosingPending(number)) {
+            emit channelShutterChanged(laser(number), false);
+            m_panel->showShutter(number, false);
+        }
+    }
+}
+
 void PelorinMainWindow::onDeviceDisconnected(const QString& portName)
 {
     showStatus(tr("Device disconnected on %1").arg(portName));
     m_laserOn = false;
+    m_scenarioControl->onDeviceDisconnected();
+    keepClosingsInMind();
     m_panel->forgetRequests();
     m_panel->forgetReportedIntensities();
     m_display->showDisconnected();

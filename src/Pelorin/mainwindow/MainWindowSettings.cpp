@@ -68,6 +68,12 @@ void PelorinMainWindow::connectChannels()
     connect(this, &PelorinMainWindow::channelIntensityChanged, this,
             &PelorinMainWindow::updateChannelIntensity, Qt::DirectConnection);
     connect(this, &PelorinMainWindow::channelShutterChanged, m_scenario, &Scenario::setChannelShutter);
+    // Queued: by then the container has the new value, in whatever order its slots are connected.
+    const auto changed = &ScenarioControl::onChannelChanged;
+    const auto later = static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection);
+    connect(this, &PelorinMainWindow::channelNameChanged, m_scenarioControl, changed, later);
+    connect(this, &PelorinMainWindow::channelIntensityChanged, m_scenarioControl, changed, later);
+    connect(this, &PelorinMainWindow::channelShutterChanged, m_scenarioControl, changed, later);
 }
 
 void PelorinMainWindow::saveSettings()

@@ -40,6 +40,7 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_display->installEventFilter(this);
 
     m_device = std::make_unique<Device>();
+    m_scenarioControl = new ScenarioControl(*this, *this, *m_panel, *m_device);
     connectDevice();
     connect(this, &PelorinMainWindow::channelNameChanged, this, &PelorinMainWindow::updateChannelName,
             Qt::DirectConnection);
@@ -157,9 +158,28 @@ void PelorinMainWindow::on_pushButtonSettings_clicked()
     if (m_settingsDialog == nullptr) {
         return;
     }
+    refreshSettingsDialog();
     m_settingsDialog->show();
     m_settingsDialog->raise();
     m_settingsDialog->activateWindow();
+}
+
+void PelorinMainWindow::refreshSettingsDialog()
+{
+    if (m_settingsDialog != nullptr && m_scenario != nullptr) {
+        m_settingsDialog->showChoices(m_choices);
+        m_settingsDialog->showTTLChoices(m_scenario->channels());
+    }
+}
+
+void PelorinMainWindow::on_pushButtonSaveScenario_clicked()
+{
+    m_scenarioControl->save();
+}
+
+void PelorinMainWindow::on_pushButtonLoadScenario_clicked()
+{
+    m_scenarioControl->load();
 }
 
 void PelorinMainWindow::onSettingsDialogClosed(int result)

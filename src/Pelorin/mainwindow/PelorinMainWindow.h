@@ -3,6 +3,7 @@
 #include "device/DeviceTypes.h"
 #include "mainwindow/LaserDisplay.h"
 #include "mainwindow/NumberedChannelSlots.h"
+#include "mainwindow/ScenarioControl.h"
 #include "mainwindow/UserSettings.h"
 #include "mainwindow/channel.h"
 
@@ -25,7 +26,7 @@ class PelorinMainWindow;
 
 /// The program's one window. It turns what the operator does into commands for the link and shows what the
 /// device reports; nothing on it changes because it was asked for. Channels are numbered from 1 here.
-class PelorinMainWindow : public NumberedChannelSlots
+class PelorinMainWindow : public NumberedChannelSlots, private ScenarioHost
 {
     Q_OBJECT
 
@@ -49,7 +50,7 @@ public:
     // All of these stay the window's.
     Device* device() const { return m_device.get(); }
     Update* update() const { return m_update; }
-    Scenario* scenario() const { return m_scenario; }
+    Scenario* scenario() const override { return m_scenario; }
     /// Null before the command line is read.
     SettingsDialog* settingsDialog() const { return m_settingsDialog; }
     bool isUpdateForced() const { return m_forceUpdate; }
@@ -90,6 +91,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
+    void on_pushButtonSaveScenario_clicked();
+    void on_pushButtonLoadScenario_clicked();
     void on_pushButtonSettings_clicked();
     void on_pushButtonExpandCollapseWindow_clicked();
 
@@ -97,33 +100,31 @@ private:
     void sliderMoved(int number, int value) override;
     void percentageTyped(int number) override;
     void nameTyped(int number) override;
+    void applyChannel(channel& laser, const ChannelSettings& settings) override;
+    ShutterAnswer changeShutter(channel& laser, bool open) override;
+    void showStatus(const QString& text) override; ///< in the status bar, until the next one
+    void warn(const QString& text) override;
+    bool isUpdateInTheWay() override;
 
-    // Construction
     void connectDevice();
     void createSettingsDialog(bool diagnostic);
     void connectSettingsDialog();
-    // Talking to the operator
-    void showStatus(const QString& text); ///< in the status bar, until the next one
-    void warn(const QString& text);       ///< in a box that waits for its OK
-    bool isUpdateInTheWay();              ///< true, and told in the status bar, while an update has the line
-    // Channels
+    void refreshSettingsDialog();
     channel* laser(int number) const; ///< null for a number that no channel has
     void mouseReleased(const QObject* widget, const QMouseEvent& event);
     void keyPressed(const QObject* widget, const QKeyEvent& event); ///< Ctrl+Return clicks
     void activated(const QObject* widget);
     void arrowsClicked(int number, int step);
     void shutterClicked(int number);
-    /// True, and told in a box, when it may not change now.
-    bool isShutterChangeRefused(const channel& laser);
+    QString shutterRefusal(const channel& laser, bool open) const; ///< empty when it may change now
     void setCollapsed(bool collapsed);
-    // Laser system
     void laserOnOffClicked();
     void laserStatusClicked();
     void requestRun();
     void showModeInStatusBar();
     void readIdentity();
     void sendEverything();
-    // Settings
+    void keepClosingsInMind();
     void createChannels(const UserSettings& settings);
     void connectChannels();
     int effectiveSleepMinutes() const; ///< 0 while the timer is switched off
@@ -134,6 +135,7 @@ private:
     std::unique_ptr<Device> m_device;
     std::unique_ptr<ChannelPanel> m_panel;
     std::unique_ptr<LaserDisplay> m_display;
+    ScenarioControl* m_scenarioControl = nullptr;
     Update* m_update = nullptr;
     SettingsDialog* m_settingsDialog = nullptr;
     Scenario* m_scenario = nullptr;

@@ -95,7 +95,9 @@ bool flushSettings(QSettings& store)
     store.sync();
     // Where settings are kept elsewhere than in a file, the store's own report is all there is.
     const bool whole = !QFileInfo(fileName).isFile() || isWhole(store, contentOf(fileName));
-    if (store.status() == QSettings::NoError && whole) {
+    // The store's own status never forgets an earlier failure; a second view of the same file has only this
+    // one.
+    if (QSettings(fileName, store.format()).status() == QSettings::NoError && whole) {
         return true;
     }
     QS_ERROR() << "Settings could not be saved" << fileName;

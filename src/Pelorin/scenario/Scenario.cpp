@@ -1,8 +1,11 @@
 #include "scenario/Scenario.h"
 
+#include "mainwindow/SettingsStore.h"
 #include "mainwindow/channel.h"
 
+#include <QHash>
 #include <QSettings>
+#include <QVariant>
 
 #include <algorithm>
 #include <vector>
@@ -11,17 +14,45 @@ namespace {
 constexpr char arrayName[] = "Scenarios";
 constexpr char nameKey[] = "Scenario Name";
 
-/// The array's length as the store tells it; a length that makes no sense counts as none.
-int arraySize(QSettings& store)
+using StoredKeys = QHash<QString, QVariant>;
+
+/// What the user's own store has below the groups; a default of the whole computer is not his to put back.
+StoredKeys keysBelow(QSettings& store, const QStringList& groups)
 {
-    return std::max(0, store.value(QLatin1String(arrayName) + QLatin1String("/size")).toInt());
+    const bool fallbacks = store.fallbacksEnabled();
+    store.setFallbacksEnabled(false);
+    StoredKeys keys;
+    for (const QString& group : groups) {
+        store.beginGroup(group);
+        const QStringList names = store.allKeys();
+        store.endGroup();
+        for (const QString& name : names) {
+            const QString key = group + QLatin1Char('/') + name;
+            keys.insert(key, store.value(key));
+        }
+    }
+    store.setFallbacksEnabled(fallbacks);
+    return keys;
+}
+
+void putBack(QSettings& store, const QStringList& groups, const StoredKeys& keys)
+{
+    const QStringList present = keysBelow(store, groups).keys();
+    for (const QString& key : present) {
+        if (!keys.contains(key)) {
+            store.remove(key);
+        }
+    }
+    for (auto key = keys.begin(); key != keys.end(); ++key) {
+        store.setValue(key.key(), key.value());
+    }
 }
 
 /// The numbers (from 1) of the elements that are really there, in order. The length alone is not trusted: a
 /// damaged one would have the reader walk through millions of elements that nobody wrote.
 std::vector<int> elementNumbers(QSettings& store)
 {
-    const int size = arraySize(store);
+    const int size = store.value(QLatin1String(arrayName) + QLatin1String("/size")).toInt();
     std::vector<int> numbers;
     store.beginGroup(QLatin1String(arrayName));
     const QStringList groups = store.childGroups();
@@ -78,11 +109,35 @@ void Scenario::addName(const QString& name)
     if (m_store == nullptr || names().contains(name)) {
         return;
     }
-    const int oldSize = arraySize(*m_store);
+    // Behind the last element, not at a length that may be damaged.
+    const std::vector<int> numbers = elementNumbers(*m_store);
     m_store->beginWriteArray(QLatin1String(arrayName));
-    m_store->setArrayIndex(oldSize);
+    m_store->setArrayIndex(numbers.empty() ? 0 : numbers.back());
     m_store->setValue(QLatin1String(nameKey), name);
     m_store->endArray();
+}
+
+std::optional<ScenarioValues> Scenario::values(const QString& name) const
+{
+    return m_store == nullptr ? std::nullopt : readScenarioValues(*m_store, name);
+}
+
+bool Scenario::save(const QString& name, const ScenarioValues& values)
+{
+    if (m_store == nullptr) {
+        return false;
+    }
+    const QStringList touched{QLatin1String(arrayName), scenarioGroup(name)};
+    const StoredKeys before = keysBelow(*m_store, touched);
+    writeScenarioValues(*m_store, name, values);
+    addName(name);
+    // Values that cannot be read again, such as an intensity above its range, are not called saved.
+    if (this->values(name) == values && flushSettings(*m_store)) {
+        return true;
+    }
+    // What stayed in memory would reach the disk with the next write, although it was told to be lost.
+    putBack(*m_store, touched, before);
+    return false;
 }
 
 bool Scenario::setChannelName(channel* laser, const QString& name)

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "scenario/ScenarioValues.h"
+
 #include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 class QSettings;
 class channel;
@@ -31,6 +35,11 @@ public:
     QStringList names() const;
     /// Adds @p name behind the others. A name that is already there (compared exactly) changes nothing.
     void addName(const QString& name);
+    /// What was saved under @p name; nothing where that is missing, damaged or incomplete.
+    std::optional<ScenarioValues> values(const QString& name) const;
+    /// Adds the name, keeps the values under it and brings both to the disk. False, with the store as it was
+    /// before, when that did not work or when a value is out of its range.
+    bool save(const QString& name, const ScenarioValues& values);
 
 public slots:
     // Each stores one value in the given channel: false, and nothing stored, when there is no channel.

@@ -1,22 +1,63 @@
 #include "settings/SettingsDialog.h"
 
 #include "device/Device.h"
+#include "mainwindow/channel.h"
 #include "settings/Console.h"
+#include "settings/ControlModePage.h"
+#include "settings/OperatingChoices.h"
+#include "settings/OperatingInfoPage.h"
+#include "settings/PortChooser.h"
+#include "settings/ServicePage.h"
+#include "settings/SystemConfigPage.h"
+#include "settings/SystemInfoPage.h"
+#include "settings/ThreeTries.h"
+#include "settings/TtlPage.h"
+#include "settings/WheelGuard.h"
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
+
+#include <QMessageBox>
+#include <QScopedValueRollback>
+#include <QSettings>
+#include <QShowEvent>
+
+#include <chrono>
 
 namespace {
 constexpr int systemConfigPosition = 1;
 constexpr int serviceDevelopmentPosition = 6;
+constexpr std::chrono::seconds pollInterval{1};
+constexpr char comPortKey[] = "Device Com Port";
 } // namespace
 
-SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, QSettings* /*store*/,
+SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, QSettings* store,
                                bool diagnostic, const QString& versionString)
-    : QDialog(parent), m_ui(std::make_unique<Ui::SettingsDialog>()), m_device(device), m_update(update)
+    : TtlChoiceSlots(parent), m_ui(std::make_unique<Ui::SettingsDialog>()), m_device(device),
+      m_update(update), m_store(store)
 {
     m_ui->setupUi(this);
-    m_ui->labelApplicationSoftwareVersion->setText(versionString.trimmed());
+    m_ports = new PortChooser(*this);
+    m_service = new ServicePage(*this, device, update);
+    m_hoursReader = new ThreeTries([this] { return readHours(); }, this);
+    m_identityReader = new ThreeTries([this] { return readIdentity(); }, this);
+    m_systemInfo = std::make_unique<SystemInfoPage>(*this);
+    m_systemConfig = std::make_unique<SystemConfigPage>(*this);
+    m_operatingInfo = std::make_unique<OperatingInfoPage>(*this);
+    m_controlMode = std::make_unique<ControlModePage>(*this);
+    m_ttl = std::make_unique<TtlPage>(*this);
+
+    m_systemInfo->showApplicationSoftware(versionString.trimmed());
+    auto* wheelGuard = new WheelGuard(this);
+    m_ui->comboBoxComPort->installEventFilter(wheelGuard);
+    m_ui->spinBoxSleepTimer->installEventFilter(wheelGuard);
+    // The keyboard changes tabs without clicking on one.
+    connect(m_ui->tabWidget, &QTabWidget::currentChanged, this, [this](int index) {
+        if (isVisible()) {
+            letPollingFollow(m_ui->tabWidget->widget(index));
+        }
+    });
     setServiceLevel(diagnostic);
+    listPorts();
 }
 
 SettingsDialog::~SettingsDialog() = default;
@@ -31,6 +72,9 @@ void SettingsDialog::setServiceLevel(bool service)
     setTabPresent(m_ui->tabSystemConfig, tr("System Config"), systemConfigPosition, service);
     setTabPresent(m_ui->tabServiceDevelopment, tr("Service && Development"), serviceDevelopmentPosition,
                   service);
+    m_systemInfo->setServiceLevel(service);
+    connect(&m_pollTimer, &QTimer::timeout, this, &SettingsDialog::pollDevice, Qt::UniqueConnection);
+    m_pollTimer.start(pollInterval);
 }
 
 void SettingsDialog::setTabPresent(QWidget* page, const QString& caption, int position, bool present)
@@ -43,44 +87,172 @@ void SettingsDialog::setTabPresent(QWidget* page, const QString& caption, int po
     }
 }
 
-void SettingsDialog::receivedDataFromDevice(QByteArray& bytes)
+void SettingsDialog::showChoices(const OperatingChoices& choices)
 {
-    // The programming traffic of an update would flush everything of interest out of the terminal.
-    if (m_update && m_update->isInProgress()) {
+    const QScopedValueRollback<bool> suppressed(m_suppressed, true);
+    m_controlMode->show(choices);
+    showWhoControls();
+}
+
+void SettingsDialog::showTTLChoices(const QList<channel*>& channels)
+{
+    const QScopedValueRollback<bool> suppressed(m_suppressed, true);
+    for (int index = 0; index < channels.size() && index < channelCount; ++index) {
+        m_ttl->showInverted(index, channels.at(index)->isTtlInverted());
+    }
+}
+
+void SettingsDialog::showWhoControls()
+{
+    m_controlMode->refresh();
+    m_ttl->showShutterControl(m_controlMode->isShutterControlExternal());
+}
+
+void SettingsDialog::showEvent(QShowEvent* event)
+{
+    TtlChoiceSlots::showEvent(event);
+    if (event->spontaneous()) {
         return;
     }
-    m_ui->consoleWindow->putData(bytes);
+    listPorts();
+    // The first arrow key must not choose another port.
+    m_ui->tabWidget->setFocus();
+    if (m_ui->tabWidget->currentWidget() == m_ui->tabServiceDevelopment) {
+        letPollingFollow(m_ui->tabServiceDevelopment);
+    }
 }
 
-void SettingsDialog::onDeviceConnected(const QString& portName)
+void SettingsDialog::listPorts()
 {
-    showConnection(tr("Device connected on %1").arg(portName), QStringLiteral("green"));
+    const bool isOpen = m_device && m_device->isOpen();
+    m_ports->listPorts(isOpen ? m_device->portName() : m_store->value(QLatin1String(comPortKey)).toString());
 }
 
-void SettingsDialog::onDeviceDisconnected(const QString& portName)
+void SettingsDialog::on_comboBoxComPort_activated(int arg1)
 {
-    showConnection(tr("Device disconnected on %1").arg(portName), QStringLiteral("red"));
-}
-
-void SettingsDialog::showConnection(const QString& text, const QString& colourName)
-{
-    m_ui->labelComStatus->setText(text);
-    m_ui->labelComStatus->setStyleSheet(QStringLiteral("color:%1").arg(colourName));
-}
-
-void SettingsDialog::onInvertedTTLStateChanged(const bool* invertedTTLStates)
-{
-    Q_UNUSED(invertedTTLStates)
-}
-
-void SettingsDialog::on_tabWidget_tabBarClicked(int index)
-{
-    // An update has the line for itself, and a click beside the tabs chooses none.
-    if (!m_device || index < 0 || (m_update && m_update->isInProgress())) {
+    const QString portName = m_ports->portAt(arg1);
+    if (m_suppressed || portName.isEmpty()) {
         return;
     }
-    // Polling would mix its replies into what service staff type by hand.
-    m_device->setPolling(m_ui->tabWidget->widget(index) != m_ui->tabServiceDevelopment);
+    if (m_update && m_update->refusesAction()) {
+        listPorts();
+        return;
+    }
+    m_store->setValue(QLatin1String(comPortKey), portName);
+    emit comPortChanged(portName);
+}
+
+void SettingsDialog::on_checkBoxSleepTimer_clicked(bool checked)
+{
+    m_controlMode->refresh();
+    if (!m_suppressed) {
+        emit sleepTimerEnableChanged(checked);
+    }
+}
+
+void SettingsDialog::on_spinBoxSleepTimer_valueChanged(int minutes)
+{
+    if (!m_suppressed) {
+        emit sleepTimerChanged(minutes);
+    }
+}
+
+void SettingsDialog::chooseIntensityControl(quint8 mode)
+{
+    showWhoControls();
+    if (!m_suppressed) {
+        emit intensityControlChanged(mode);
+    }
+}
+
+void SettingsDialog::chooseShutterControl(quint8 mode)
+{
+    showWhoControls();
+    if (!m_suppressed) {
+        emit shutterControlChanged(mode);
+    }
+}
+
+void SettingsDialog::chooseDespeckler(quint8 mode)
+{
+    if (!m_suppressed) {
+        emit speckleControlChanged(mode);
+    }
+}
+
+void SettingsDialog::ttlChosen(quint8 channelIndex, bool inverted)
+{
+    if (!m_suppressed) {
+        emit invertTTLChanged(channelIndex, inverted);
+    }
+}
+
+void SettingsDialog::on_checkBoxEnhancedDiags_clicked(bool checked)
+{
+    if (!m_suppressed) {
+        emit enhancedDiagsChanged(checked);
+    }
+}
+
+void SettingsDialog::on_pushButtonRestoreDefaults_clicked()
+{
+    {
+        const QScopedValueRollback<bool> suppressed(m_suppressed, true);
+        m_controlMode->showDefaults();
+        showWhoControls();
+    }
+    // Whoever listens may wait for the device, and the dialog may go meanwhile.
+    const QPointer<SettingsDialog> self(this);
+    chooseShutterControl(1);
+    if (self) {
+        chooseIntensityControl(1);
+    }
+    if (self) {
+        chooseDespeckler(1);
+    }
+    if (self) {
+        m_service->restoreDefaults();
+    }
+}
+
+void SettingsDialog::on_pushButtonRestoreDefaults2_clicked()
+{
+    // On the screen alone: the polarities in the device are those of its wiring and stay.
+    const QScopedValueRollback<bool> suppressed(m_suppressed, true);
+    m_ttl->showDefaults();
+}
+
+void SettingsDialog::on_pushButtonLoaderMode_clicked()
+{
+    m_service->switchImage();
+}
+
+void SettingsDialog::on_pushButtonLoaderMode2_clicked()
+{
+    m_service->switchImage();
+}
+
+void SettingsDialog::on_pushButtonSystemReset_clicked()
+{
+    m_service->resetDevice();
+}
+
+void SettingsDialog::on_pushButtonSystemReset2_clicked()
+{
+    m_service->resetDevice();
+}
+
+void SettingsDialog::on_pushButtonUpdateApplication_clicked()
+{
+    // On the heap and watched: the dialog may go while the box is open, and would take the box along.
+    const QPointer<QMessageBox> box(new QMessageBox(
+        QMessageBox::Information, QString(),
+        tr("This program is updated by installing a newer package of it. Close the program before, and start "
+           "it again afterwards; its settings and those of the device are kept."),
+        QMessageBox::Ok, this));
+    box->setTextFormat(Qt::PlainText);
+    box->exec();
+    delete box;
 }
 
 void SettingsDialog::on_SettingsDialog_finished(int result)

@@ -1,24 +1,39 @@
 #pragma once
 
+#include "settings/TtlChoiceSlots.h"
+
 #include <QByteArray>
-#include <QDialog>
+#include <QList>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
 class Console;
+class ControlModePage;
 class Device;
+class OperatingInfoPage;
+class PortChooser;
 class QSettings;
+class ServicePage;
+class SystemConfigPage;
+class SystemInfoPage;
+class ThreeTries;
+class TtlPage;
 class Update;
+class channel;
+struct OperatingChoices;
 
 namespace Ui {
 class SettingsDialog;
 }
 
 /// The dialog "System Info & Settings". It tells the user's choices through its signals only; the main window
-/// carries them out and keeps them. It borrows the link and the update, and notices when they go.
-class SettingsDialog : public QDialog
+/// carries them out and keeps them. It sends by itself nothing but the service commands and the queries that
+/// fill its pages, and neither while a firmware update has the line. It borrows the link, the update and the
+/// store, and notices when the link or the update goes.
+class SettingsDialog : public TtlChoiceSlots
 {
     Q_OBJECT
 
@@ -32,10 +47,14 @@ public:
     SettingsDialog& operator=(const SettingsDialog&) = delete;
 
     /// Shows what is for service staff only, or takes it away: the tabs of the system configuration and of
-    /// service and development.
+    /// service and development, the channel table, and the editing of the identity.
     void setServiceLevel(bool service);
     /// The terminal of the service tab; it exists at either level.
     Console* console() const;
+    /// Sets the widgets of the control modes, the sleep timer, the despeckler and the logging; emits nothing.
+    void showChoices(const OperatingChoices& choices);
+    /// Sets the TTL choices of the first seven channels, and of the eighth where there is one; emits nothing.
+    void showTTLChoices(const QList<channel*>& channels);
 
 public slots:
     void receivedDataFromDevice(QByteArray& bytes);
@@ -43,6 +62,10 @@ public slots:
     void onDeviceDisconnected(const QString& portName);
     /// Accepted and ignored: the polarities shown are the ones this program set.
     void onInvertedTTLStateChanged(const bool* invertedTTLStates);
+    /// Reads the unit's identity into its fields: up to three tries, a second apart.
+    void UpdateProductConfigDisplay();
+    /// Reads what the page in front shows live; the dialog's timer calls it once a second.
+    void pollDevice();
 
 signals:
     void comPortChanged(const QString& portName);
@@ -54,15 +77,59 @@ signals:
     void invertTTLChanged(quint8 channelIndex, bool inverted); ///< index 0 to 7 in channel order
     void enhancedDiagsChanged(bool enabled);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private slots:
+    void on_comboBoxComPort_activated(int arg1);
+    void on_checkBoxSleepTimer_clicked(bool checked);
+    void on_spinBoxSleepTimer_valueChanged(int minutes);
+    void on_radioButtonIntensityControlUSB_clicked() { chooseIntensityControl(1); }
+    void on_radioButtonIntensityControlExternal_clicked() { chooseIntensityControl(0); }
+    void on_radioButtonShutterControlUSB_clicked() { chooseShutterControl(1); }
+    void on_radioButtonShutterControlExternal_clicked() { chooseShutterControl(0); }
+    void on_radioButtonDespecklerOn_clicked() { chooseDespeckler(1); }
+    void on_radioButtonDespecklerOff_clicked() { chooseDespeckler(0); }
+    void on_pushButtonRestoreDefaults_clicked();
+    void on_pushButtonRestoreDefaults2_clicked();
+    void on_pushButtonUpdateApplication_clicked();
+    void on_pushButtonLoaderMode_clicked();
+    void on_pushButtonLoaderMode2_clicked();
+    void on_pushButtonSystemReset_clicked();
+    void on_pushButtonSystemReset2_clicked();
+    void on_checkBoxEnhancedDiags_clicked(bool checked);
     void on_tabWidget_tabBarClicked(int index);
     void on_SettingsDialog_finished(int result);
 
 private:
-    void showConnection(const QString& text, const QString& colourName);
+    void ttlChosen(quint8 channelIndex, bool inverted) override;
+    void chooseIntensityControl(quint8 mode);
+    void chooseShutterControl(quint8 mode);
+    void chooseDespeckler(quint8 mode);
+    void showWhoControls();
     void setTabPresent(QWidget* page, const QString& caption, int position, bool present);
+    /// Polling would mix its replies into what service staff type by hand.
+    void letPollingFollow(const QWidget* page);
+    void listPorts();
+    bool readHours();
+    bool readIdentity();
+    bool isUpdating() const;
+    bool mayRead() const; ///< the device is there, and nobody has it for himself
 
     std::unique_ptr<Ui::SettingsDialog> m_ui;
     QPointer<Device> m_device;
     QPointer<Update> m_update;
+    QSettings* m_store;
+    // Children of the dialog
+    PortChooser* m_ports;
+    ServicePage* m_service;
+    ThreeTries* m_hoursReader;
+    ThreeTries* m_identityReader;
+    std::unique_ptr<SystemInfoPage> m_systemInfo;
+    std::unique_ptr<SystemConfigPage> m_systemConfig;
+    std::unique_ptr<OperatingInfoPage> m_operatingInfo;
+    std::unique_ptr<ControlModePage> m_controlMode;
+    std::unique_ptr<TtlPage> m_ttl;
+    QTimer m_pollTimer;
+    bool m_suppressed = false; ///< the dialog sets its own widgets, which is nobody's choice
 };

@@ -1,0 +1,44 @@
+#include "settings/ThreeTries.h"
+
+#include <QPointer>
+
+#include <chrono>
+#include <utility>
+
+namespace {
+constexpr int tries = 3;
+constexpr std::chrono::seconds interval{1};
+} // namespace
+
+ThreeTries::ThreeTries(std::function<bool()> attempt, QObject* parent)
+    : QObject(parent), m_attempt(std::move(attempt))
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &ThreeTries::tryOnce);
+}
+
+void ThreeTries::start()
+{
+    m_timer.stop();
+    ++m_run;
+    m_left = tries;
+    tryOnce();
+}
+
+void ThreeTries::startLater()
+{
+    ++m_run;
+    m_left = tries;
+    m_timer.start(interval);
+}
+
+void ThreeTries::tryOnce()
+{
+    const int run = m_run;
+    const QPointer<ThreeTries> self(this);
+    --m_left;
+    const bool done = m_attempt();
+    if (self && run == m_run && !done && m_left > 0) {
+        m_timer.start(interval);
+    }
+}
