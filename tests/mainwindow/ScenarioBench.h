@@ -39,7 +39,8 @@ private:
         dialog->findChild<QLineEdit*>(QStringLiteral("lineEditScenarioName"))->setText(*m_name);
         m_name.reset();
         auto* buttons = dialog->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
-        for (QAbstractButton* button : buttons->buttons()) {
+        const QList<QAbstractButton*> all = buttons->buttons();
+        for (QAbstractButton* button : all) {
             if (buttons->buttonRole(button) == QDialogButtonBox::AcceptRole) {
                 button->click();
             }

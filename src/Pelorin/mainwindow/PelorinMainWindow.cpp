@@ -3,6 +3,7 @@
 #include "QsLog2_1_0/QsLog.h"
 #include "Resources/Resources.h"
 #include "device/Device.h"
+#include "help/Help.h"
 #include "mainwindow/ChannelPanel.h"
 #include "mainwindow/CommandLine.h"
 #include "mainwindow/SettingsStore.h"
@@ -38,6 +39,7 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_panel->restrictPercentages(this);
     m_panel->installEventFilter(this);
     m_display->installEventFilter(this);
+    Help::install(this, [] { return QStringLiteral("main-window"); });
 
     m_device = std::make_unique<Device>();
     m_scenarioControl = new ScenarioControl(*this, *this, *m_panel, *m_device);

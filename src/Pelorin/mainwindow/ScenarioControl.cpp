@@ -31,7 +31,7 @@ QString askForName(QWidget& window, int mode, Scenario* store)
     // On the heap and watched: the window may go while the dialog is open, and would take it along.
     const QPointer<ScenarioDialog> dialog(new ScenarioDialog(&window, mode, store));
     const bool accepted = dialog->exec() == QDialog::Accepted && dialog;
-    const QString name = accepted ? dialog->scenarioName() : QString();
+    QString name = accepted ? dialog->scenarioName() : QString();
     delete dialog;
     return name;
 }

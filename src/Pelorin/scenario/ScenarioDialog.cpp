@@ -1,12 +1,17 @@
 #include "scenario/ScenarioDialog.h"
 
+#include "help/Help.h"
 #include "scenario/OneLine.h"
 #include "scenario/Scenario.h"
 #include "ui_ScenarioDialog.h"
 
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+
+#include <algorithm>
+#include <array>
 
 namespace {
 constexpr int exactNameRole = Qt::UserRole;
@@ -32,6 +37,8 @@ ScenarioDialog::ScenarioDialog(QWidget* parent, int mode, Scenario* store)
             &ScenarioDialog::handleSelection);
     connect(m_ui->listWidgetSavedScenarios, &QListWidget::itemDoubleClicked, this,
             &ScenarioDialog::handleDoubleClick);
+    m_ui->listWidgetSavedScenarios->installEventFilter(this);
+    Help::install(this, [this] { return Help::pageAt(this, QStringLiteral("scenarios")); });
     refreshList();
     if (isSaving()) {
         m_ui->lineEditScenarioName->setFocus();
@@ -45,6 +52,30 @@ ScenarioDialog::~ScenarioDialog() = default;
 QString ScenarioDialog::scenarioName() const
 {
     return m_ui->lineEditScenarioName->text();
+}
+
+bool ScenarioDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_ui->listWidgetSavedScenarios && event->type() == QEvent::KeyPress &&
+        selectFirstByKey(static_cast<const QKeyEvent*>(event)->key())) {
+        return true;
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+bool ScenarioDialog::selectFirstByKey(int key)
+{
+    // The list takes its first row as the one it stands on before anything is selected: "down" would go to
+    // the second, and nowhere in a list of one.
+    static constexpr std::array<int, 6> movingKeys{Qt::Key_Up,     Qt::Key_Down,     Qt::Key_Home,
+                                                   Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_End};
+    QListWidget& list = *m_ui->listWidgetSavedScenarios;
+    const bool isMoving = std::find(movingKeys.begin(), movingKeys.end(), key) != movingKeys.end();
+    if (!isMoving || list.count() == 0 || !list.selectedItems().isEmpty()) {
+        return false;
+    }
+    list.setCurrentRow(key == Qt::Key_End ? list.count() - 1 : 0);
+    return true;
 }
 
 QStringList ScenarioDialog::storedNames() const

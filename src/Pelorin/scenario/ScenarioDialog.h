@@ -35,6 +35,9 @@ public:
     /// The name typed or chosen, exactly as it is kept.
     QString scenarioName() const;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private slots:
     void handleSelection();
     void handleDoubleClick(QListWidgetItem* item);
@@ -45,6 +48,7 @@ private:
     bool isSaving() const { return m_mode == SaveMode; }
     QStringList storedNames() const;
     void refreshList();
+    bool selectFirstByKey(int key);
     void takeName(const QListWidgetItem& item);
     void acceptName();
     void acceptForSaving();

@@ -1,6 +1,7 @@
 #include "settings/SettingsDialog.h"
 
 #include "device/Device.h"
+#include "help/Help.h"
 #include "mainwindow/channel.h"
 #include "settings/Console.h"
 #include "settings/ControlModePage.h"
@@ -55,6 +56,9 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
         if (isVisible()) {
             letPollingFollow(m_ui->tabWidget->widget(index));
         }
+    });
+    Help::install(this, [this] {
+        return Help::pageAt(m_ui->tabWidget->currentWidget(), QStringLiteral("index"));
     });
     setServiceLevel(diagnostic);
     listPorts();
