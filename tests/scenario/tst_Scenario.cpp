@@ -29,6 +29,9 @@ private slots:
     void otherKeysStay();
     void damagedSizeIsHarmless_data();
     void damagedSizeIsHarmless();
+    void addingBehindADamagedSize_data() { damagedSizeIsHarmless_data(); }
+    void addingBehindADamagedSize();
+    void manyNames();
 
 private:
     std::unique_ptr<QSettings> openStore() const
@@ -224,6 +227,7 @@ void tst_Scenario::damagedSizeIsHarmless_data()
     QTest::addColumn<QStringList>("names");
     const QStringList both{QStringLiteral("One"), QStringLiteral("Two")};
     QTest::newRow("far too large") << QVariant(2'000'000'000) << both;
+    QTest::newRow("the largest number") << QVariant(2'147'483'647) << both;
     QTest::newRow("negative") << QVariant(-3) << QStringList();
     QTest::newRow("no number") << QVariant(QStringLiteral("many")) << QStringList();
     QTest::newRow("too small") << QVariant(1) << QStringList(QStringLiteral("One"));
@@ -242,6 +246,38 @@ void tst_Scenario::damagedSizeIsHarmless()
     clock.start();
     QCOMPARE(scenario.names(), names);
     QVERIFY(clock.elapsed() < 1000);
+}
+
+void tst_Scenario::addingBehindADamagedSize()
+{
+    QFETCH(QVariant, size);
+    QFETCH(QStringList, names);
+    const auto store = openStore();
+    Scenario scenario(nullptr, store.get());
+    scenario.addName(QStringLiteral("One"));
+    scenario.addName(QStringLiteral("Two"));
+    store->setValue(QStringLiteral("Scenarios/size"), size);
+    scenario.addName(QStringLiteral("Three"));
+    names.append(QStringLiteral("Three"));
+    QCOMPARE(scenario.names(), names);
+    QCOMPARE(store->value(QStringLiteral("Scenarios/size")).toInt(), names.size());
+}
+
+void tst_Scenario::manyNames()
+{
+    constexpr int count = 500;
+    const auto store = openStore();
+    Scenario scenario(nullptr, store.get());
+    QStringList expected;
+    for (int i = 0; i < count; ++i) {
+        expected.append(QStringLiteral("Setup %1").arg(i));
+        scenario.addName(expected.last());
+    }
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(scenario.names(), expected);
+    // A hundred times what it takes; walking through the whole store for each name would show.
+    QVERIFY(clock.elapsed() < 200);
 }
 
 QTEST_GUILESS_MAIN(tst_Scenario)

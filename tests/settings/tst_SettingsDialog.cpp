@@ -3,14 +3,20 @@
 #include "mainwindow/WindowBench.h"
 #include "settings/Console.h"
 #include "settings/SettingsDialog.h"
+#include "settings/SystemInfoPage.h"
+#include "support/BoxAnswerer.h"
 #include "update/Update.h"
 
+#include <QAbstractItemView>
+#include <QComboBox>
 #include <QMetaMethod>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <chrono>
 #include <memory>
@@ -41,10 +47,28 @@ private slots:
     void invertedStatesAreIgnored();
     void pollingFollowsTheTabs();
     void pollingIsLeftAloneDuringAnUpdate();
+    void pollingFitsTheTabThatIsShownAgain();
+    void readingsRestWhileHidden();
     void outlivesTheLinkAndTheUpdate();
+    void openPortListIsLeftAlone();
+    void identityCanBeEditedAtServiceLevelOnly_data();
+    void identityCanBeEditedAtServiceLevelOnly();
+    void fieldBeingEditedKeepsItsText();
+    void hardwareRevision_data();
+    void hardwareRevision();
+    void wheelNeedsTheFocus();
+    void updateOfTheProgramIsExplained();
+    void dialogMayGoWithItsBox();
+    void commandDuringAnUpdateIsToldWithoutAPort();
 
 private:
     void make(bool diagnostic);
+    void connectDevice();
+    template<typename Widget>
+    Widget* part(const char* name) const
+    {
+        return m_dialog->findChild<Widget*>(QLatin1String(name));
+    }
     QTabWidget* tabWidget() const { return m_dialog->findChild<QTabWidget*>(QStringLiteral("tabWidget")); }
     void clickTab(const QString& caption) const;
 
@@ -85,6 +109,13 @@ void tst_SettingsDialog::make(bool diagnostic)
     m_dialog->setServiceLevel(diagnostic);
     m_dialog->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
+}
+
+void tst_SettingsDialog::connectDevice()
+{
+    const QSignalSpy connected(m_device.get(), &Device::deviceConnected);
+    m_device->checkConnectionStatus();
+    QTRY_COMPARE(connected.size(), 1);
 }
 
 void tst_SettingsDialog::clickTab(const QString& caption) const
@@ -250,9 +281,7 @@ void tst_SettingsDialog::invertedStatesAreIgnored()
 void tst_SettingsDialog::pollingFollowsTheTabs()
 {
     make(true);
-    const QSignalSpy connected(m_device.get(), &Device::deviceConnected);
-    m_device->checkConnectionStatus();
-    QTRY_COMPARE(connected.size(), 1);
+    connectDevice();
     ScriptedBench& line = m_illuminator->bench();
     QVERIFY(line.waitForLine("f_mode?", 1));
 
@@ -268,15 +297,44 @@ void tst_SettingsDialog::pollingFollowsTheTabs()
 void tst_SettingsDialog::pollingIsLeftAloneDuringAnUpdate()
 {
     make(true);
-    const QSignalSpy connected(m_device.get(), &Device::deviceConnected);
-    m_device->checkConnectionStatus();
-    QTRY_COMPARE(connected.size(), 1);
+    connectDevice();
     m_device->setPolling(false);
     QTRY_COMPARE(m_device->waitWhileBusy(), 0);
     const int polls = m_illuminator->bench().count("f_mode?");
     const Update::Run run(*m_update);
     clickTab(QStringLiteral("Update"));
     QVERIFY(!m_illuminator->bench().waitForLine("f_mode?", polls + 2, silence));
+}
+
+void tst_SettingsDialog::pollingFitsTheTabThatIsShownAgain()
+{
+    make(true);
+    connectDevice();
+    clickTab(QStringLiteral("Service && Development"));
+    m_dialog->hide();
+    m_device->setPolling(true);
+    // Nobody sees these changes of tabs, so the poll goes on.
+    tabWidget()->setCurrentIndex(0);
+    tabWidget()->setCurrentIndex(6);
+    ScriptedBench& line = m_illuminator->bench();
+    QVERIFY(line.waitForLine("f_mode?", line.count("f_mode?") + 2));
+    m_dialog->show();
+    QTRY_COMPARE(m_device->waitWhileBusy(), 0);
+    QVERIFY(!line.waitForLine("f_mode?", line.count("f_mode?") + 2, silence));
+}
+
+void tst_SettingsDialog::readingsRestWhileHidden()
+{
+    constexpr std::chrono::milliseconds longerThanTheInterval(1500);
+    make(true);
+    connectDevice();
+    ScriptedBench& line = m_illuminator->bench();
+    clickTab(QStringLiteral("System Config"));
+    QVERIFY(line.waitForLine("temps", 1));
+    m_dialog->hide();
+    QVERIFY(!line.waitForLine("temps", line.count("temps") + 1, longerThanTheInterval));
+    m_dialog->show();
+    QVERIFY(line.waitForLine("temps", line.count("temps") + 1));
 }
 
 void tst_SettingsDialog::outlivesTheLinkAndTheUpdate()
@@ -289,6 +347,160 @@ void tst_SettingsDialog::outlivesTheLinkAndTheUpdate()
     clickTab(QStringLiteral("Service && Development"));
     clickTab(QStringLiteral("System Info"));
     QCOMPARE(m_dialog->console()->toPlainText(), QStringLiteral("late\n"));
+}
+
+void tst_SettingsDialog::openPortListIsLeftAlone()
+{
+    QStringList names{QStringLiteral("ttyA"), QStringLiteral("ttyB")};
+    SerialPorts::setLister([&names] {
+        QList<SerialPortEntry> ports;
+        for (const QString& name : qAsConst(names)) {
+            ports.append({name, {}, {}});
+        }
+        return ports;
+    });
+    make(false);
+    auto* const ports = part<QComboBox>("comboBoxComPort");
+    const QSignalSpy chosen(m_dialog.get(), &SettingsDialog::comPortChanged);
+    ports->showPopup();
+    QVERIFY(ports->view()->isVisible());
+    names = QStringList{QStringLiteral("ttyC"), QStringLiteral("ttyB")};
+    m_dialog->onDeviceDisconnected(QStringLiteral("ttyA"));
+    QCOMPARE(ports->itemText(0), QStringLiteral("ttyA"));
+    ports->setCurrentIndex(0);
+    QTest::keyClick(ports->view(), Qt::Key_Return);
+    // A port that has gone meanwhile is still the one that was meant.
+    QCOMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.first().first().toString(), QStringLiteral("ttyA"));
+    QCOMPARE(m_store->value(QStringLiteral("Device Com Port")).toString(), QStringLiteral("ttyA"));
+    QTRY_COMPARE(ports->itemText(0), QStringLiteral("ttyC"));
+    QCOMPARE(ports->currentIndex(), -1);
+}
+
+void tst_SettingsDialog::identityCanBeEditedAtServiceLevelOnly_data()
+{
+    QTest::addColumn<QByteArray>("field");
+    QTest::addColumn<bool>("editable");
+    for (const char* name : {"VYRSerialNumber", "VYRPartNumber", "NovalumSerialNumber",
+                             "NecselControllerSerialNumber", "NecselLaserSerialNumber"}) {
+        QTest::newRow(name) << QByteArray(QByteArray("lineEdit") + name) << true;
+    }
+    QTest::newRow("controller's version") << QByteArray("lineEditNecselControllerVersion") << false;
+    QTest::newRow("hardware revision") << QByteArray("lineEditVYRHardwareRev") << false;
+}
+
+void tst_SettingsDialog::identityCanBeEditedAtServiceLevelOnly()
+{
+    QFETCH(QByteArray, field);
+    QFETCH(bool, editable);
+    for (const bool service : {true, false, true}) {
+        if (m_dialog) {
+            m_dialog->setServiceLevel(service);
+        } else {
+            make(service);
+        }
+        QCOMPARE(part<QLineEdit>(field.constData())->isReadOnly(), !(service && editable));
+        QCOMPARE(part<QWidget>("groupBoxChannelConfiguration")->isVisible(), service);
+        QCOMPARE(part<QWidget>("pushButtonSetProductConfigData")->isVisible(), service);
+    }
+}
+
+void tst_SettingsDialog::fieldBeingEditedKeepsItsText()
+{
+    make(true);
+    auto* const edited = part<QLineEdit>("lineEditVYRSerialNumber");
+    edited->setFocus();
+    QTest::keyClicks(edited, QStringLiteral("77"));
+    QVERIFY(edited->hasFocus());
+    connectDevice();
+    m_dialog->UpdateProductConfigDisplay();
+    QTRY_COMPARE(part<QLineEdit>("lineEditVYRPartNumber")->text(), QStringLiteral("PN-7"));
+    QCOMPARE(edited->text(), QStringLiteral("77"));
+    part<QLineEdit>("lineEditVYRPartNumber")->setFocus();
+    m_dialog->UpdateProductConfigDisplay();
+    QTRY_COMPARE(edited->text(), QStringLiteral("1234"));
+}
+
+void tst_SettingsDialog::hardwareRevision_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("one digit") << QStringLiteral("1.2.3") << QStringLiteral("01.02.03");
+    QTest::newRow("more digits") << QStringLiteral("10.99.123") << QStringLiteral("10.99.123");
+    QTest::newRow("missing") << QStringLiteral("4") << QStringLiteral("04.00.00");
+    QTest::newRow("nothing") << QString() << QStringLiteral("00.00.00");
+    QTest::newRow("unreadable") << QStringLiteral("x.-1.%1") << QStringLiteral("00.00.00");
+    QTest::newRow("too many") << QStringLiteral("1.2.3.4") << QStringLiteral("01.02.03");
+}
+
+void tst_SettingsDialog::hardwareRevision()
+{
+    QFETCH(QString, version);
+    QFETCH(QString, shown);
+    QCOMPARE(hardwareRevisionText(version), shown);
+}
+
+void tst_SettingsDialog::wheelNeedsTheFocus()
+{
+    make(false);
+    clickTab(QStringLiteral("Control Mode"));
+    auto* const minutes = part<QSpinBox>("spinBoxSleepTimer");
+    minutes->setEnabled(true);
+    minutes->setValue(30);
+    const QSignalSpy changed(m_dialog.get(), &SettingsDialog::sleepTimerChanged);
+    const auto turn = [minutes] {
+        const QPointF place = QRectF(minutes->rect()).center();
+        QWheelEvent event(place, minutes->mapToGlobal(place.toPoint()), {}, {0, 120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(minutes, &event);
+    };
+    turn();
+    QCOMPARE(minutes->value(), 30);
+    QVERIFY(changed.isEmpty());
+    minutes->setFocus();
+    turn();
+    QCOMPARE(minutes->value(), 31);
+    QCOMPARE(changed.size(), 1);
+}
+
+void tst_SettingsDialog::updateOfTheProgramIsExplained()
+{
+    make(false);
+    const BoxAnswerer boxes;
+    part<QAbstractButton>("pushButtonUpdateApplication")->click();
+    QCOMPARE(boxes.boxes().size(), 1);
+    const BoxAnswerer::Box& box = boxes.boxes().first();
+    QCOMPARE(box.title, QString());
+    QCOMPARE(box.icon, QMessageBox::Information);
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(box.textFormat, Qt::PlainText);
+    QVERIFY(box.text.contains(QStringLiteral("installing a newer package")));
+}
+
+void tst_SettingsDialog::dialogMayGoWithItsBox()
+{
+    make(false);
+    auto* const button = part<QAbstractButton>("pushButtonUpdateApplication");
+    bool boxWasOpen = false;
+    runLater(m_parent.get(), std::chrono::milliseconds(50), [&] {
+        boxWasOpen = QApplication::activeModalWidget() != nullptr;
+        m_dialog.reset();
+    });
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(boxWasOpen);
+    QVERIFY(m_dialog == nullptr);
+}
+
+void tst_SettingsDialog::commandDuringAnUpdateIsToldWithoutAPort()
+{
+    make(false);
+    const QSignalSpy refused(m_update, &Update::actionRefused);
+    auto* const reset = part<QAbstractButton>("pushButtonSystemReset");
+    reset->click();
+    QCOMPARE(refused.size(), 0);
+    const Update::Run run(*m_update);
+    reset->click();
+    QCOMPARE(refused.size(), 1);
 }
 
 QTEST_MAIN(tst_SettingsDialog)

@@ -49,7 +49,8 @@ public:
     /// Sends all that is queued, each command with its reply; the first failure ends it and is returned.
     int drainQueue();
     /// Waits up to 1500 ms until nothing is queued and no reply is due. After NoReply the device counts as
-    /// not identified, and the connection check opens it anew.
+    /// not identified, and the connection check opens it anew. Busy at once where the wait would keep the
+    /// queue itself from being sent.
     int waitWhileBusy();
     /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
     void writeRaw(const QByteArray& bytes);

@@ -95,6 +95,10 @@ int Device::waitWhileBusy()
 {
     if (!isOpen())
         return DeviceResult::NotOpen;
+    // A queue that is being sent further up the stack cannot go on before this returns; to wait for it would
+    // end in taking a healthy device for a silent one.
+    if (!d->waits.isEmpty() && !d->commandQueue.isEmpty())
+        return DeviceResult::Busy;
     d->busyTimer.start(Private::busyTimeout);
     d->busyTimedOut = false;
     const int closeCount = d->closeCount;

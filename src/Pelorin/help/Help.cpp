@@ -36,9 +36,9 @@ void Help::show(QWidget* window, const QString& page)
 QString Help::pageAt(const QWidget* start, const QString& fallback)
 {
     for (const QWidget* widget = start; widget != nullptr; widget = widget->parentWidget()) {
-        const QString page = widget->property(pageProperty).toString();
-        if (!page.isEmpty()) {
-            return page;
+        const QVariant page = widget->property(pageProperty);
+        if (page.type() == QVariant::String && !page.toString().isEmpty()) {
+            return page.toString();
         }
     }
     return fallback;

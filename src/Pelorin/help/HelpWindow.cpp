@@ -37,11 +37,12 @@ HelpWindow::HelpWindow(QWidget& owner) : QDialog(&owner), m_browser(new ManualBr
     m_browser->setObjectName(QStringLiteral("manualBrowser"));
     m_browser->setAccessibleName(tr("Manual page"));
 
-    QPushButton* back = addButton(tr("Back"), tr("To the page before"), QKeySequence(Qt::ALT | Qt::Key_Left));
-    QPushButton* forward = addButton(tr("Forward"), tr("To the page that was left by Back"),
-                                     QKeySequence(Qt::ALT | Qt::Key_Right));
-    QPushButton* contents =
-        addButton(tr("Contents"), tr("To the list of all pages"), QKeySequence(Qt::ALT | Qt::Key_Home));
+    QPushButton* back = addButton(QStringLiteral("pushButtonBack"), tr("Back"), tr("To the page before"),
+                                  QStringLiteral("Alt+Left"));
+    QPushButton* forward = addButton(QStringLiteral("pushButtonForward"), tr("Forward"),
+                                     tr("To the page that was left by Back"), QStringLiteral("Alt+Right"));
+    QPushButton* contents = addButton(QStringLiteral("pushButtonContents"), tr("Contents"),
+                                      tr("To the list of all pages"), QStringLiteral("Alt+Home"));
     back->setEnabled(false);
     forward->setEnabled(false);
     connect(back, &QPushButton::clicked, m_browser, &ManualBrowser::backward);
@@ -63,9 +64,12 @@ HelpWindow::HelpWindow(QWidget& owner) : QDialog(&owner), m_browser(new ManualBr
     owner.installEventFilter(this);
 }
 
-QPushButton* HelpWindow::addButton(const QString& text, const QString& toolTip, const QKeySequence& key)
+QPushButton* HelpWindow::addButton(const QString& name, const QString& text, const QString& toolTip,
+                                   const QString& keyText)
 {
+    const QKeySequence key(keyText, QKeySequence::PortableText);
     auto* button = new QPushButton(text, this);
+    button->setObjectName(name);
     button->setToolTip(toolTip + QLatin1String(" (") + key.toString(QKeySequence::NativeText) +
                        QLatin1Char(')'));
     button->setShortcut(key);

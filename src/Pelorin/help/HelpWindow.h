@@ -25,7 +25,8 @@ protected:
 
 private:
     explicit HelpWindow(QWidget& owner);
-    QPushButton* addButton(const QString& text, const QString& toolTip, const QKeySequence& key);
+    QPushButton* addButton(const QString& name, const QString& text, const QString& toolTip,
+                           const QString& keyText);
     void showHeading();
     void placeBesideOwner();
 

@@ -248,10 +248,15 @@ void ScenarioControl::onDeviceDisconnected()
     m_closing = false;
     m_reportTimer.stop();
     showModified();
-    // Later: whoever tells of the disconnection is not to be held up by a box.
+    // Later: whoever tells of the disconnection is not to be held up by a box. Closing the window disconnects
+    // as well, and then there is nobody left to tell.
     QMetaObject::invokeMethod(
         this,
-        [this] { m_host.warn(tr("The scenario was not loaded completely: the device was disconnected.")); },
+        [this] {
+            if (m_window.isVisible()) {
+                m_host.warn(tr("The scenario was not loaded completely: the device was disconnected."));
+            }
+        },
         Qt::QueuedConnection);
 }
 

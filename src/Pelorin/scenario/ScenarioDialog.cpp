@@ -30,7 +30,6 @@ ScenarioDialog::ScenarioDialog(QWidget* parent, int mode, Scenario* store)
     accept->setText(isSaving() ? tr("Save") : tr("Load"));
     accept->setToolTip(isSaving() ? tr("Keep the channels under this name")
                                   : tr("Set the channels as they were kept"));
-    accept->setDefault(true);
     m_ui->buttonBox->button(QDialogButtonBox::Cancel)->setToolTip(tr("Leave everything as it is"));
 
     connect(m_ui->listWidgetSavedScenarios, &QListWidget::itemSelectionChanged, this,

@@ -38,6 +38,7 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
         return;
     }
     m_identityReader->startLater();
+    m_hoursKnown = false;
     m_hoursReader->start();
 }
 
@@ -86,6 +87,7 @@ bool SettingsDialog::readHours()
         return false;
     }
     if (self) {
+        m_hoursKnown = true;
         m_operatingInfo->showHours(hours);
     }
     return true;
@@ -109,8 +111,13 @@ bool SettingsDialog::readIdentity()
     if (m_device->readProductConfig(product) != DeviceResult::Ok) {
         return false;
     }
-    if (self) {
-        m_systemInfo->showProduct(product);
+    if (!self) {
+        return true;
+    }
+    m_systemInfo->showProduct(product);
+    // Right after connecting the line is full of settings; now that it has an answer, it has another.
+    if (!m_hoursKnown) {
+        m_hoursReader->start();
     }
     return true;
 }

@@ -6,9 +6,12 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QTabBar>
+#include <QTabWidget>
 
 ServicePage::ServicePage(QWidget& dialog, Device* device, Update* update)
-    : QObject(&dialog), m_dialog(dialog), m_device(device), m_update(update)
+    : QObject(&dialog), m_dialog(dialog), m_tabs(formWidget<QTabWidget>(dialog, "tabWidget")->tabBar()),
+      m_device(device), m_update(update)
 {
     for (const char* name : {"pushButtonSystemReset", "pushButtonSystemReset2", "pushButtonLoaderMode",
                              "pushButtonLoaderMode2", "pushButtonRestoreDefaults"}) {
@@ -22,7 +25,11 @@ ServicePage::ServicePage(QWidget& dialog, Device* device, Update* update)
 
 bool ServicePage::mayCommand() const
 {
-    return m_device && m_device->isOpen() && !m_switching && !(m_update && m_update->refusesAction());
+    // An update closes the port now and then; whoever clicks is told of it all the same.
+    if (m_update && m_update->refusesAction()) {
+        return false;
+    }
+    return m_device && m_device->isOpen() && !m_switching;
 }
 
 void ServicePage::resetDevice()
@@ -64,14 +71,32 @@ void ServicePage::setSwitching(bool switching)
 {
     m_switching = switching;
     if (switching) {
-        m_focusBefore = m_dialog.focusWidget();
+        parkFocus();
         showText(tr("Waiting for the device to restart..."));
     }
     for (QWidget* button : qAsConst(m_buttons)) {
         button->setEnabled(!switching);
     }
-    // A disabled button loses the focus to whatever comes next; whoever works with the keys gets it back.
-    if (!switching && m_focusBefore && m_buttons.contains(m_focusBefore)) {
+    if (!switching) {
+        returnFocus();
+    }
+}
+
+void ServicePage::parkFocus()
+{
+    QWidget* const focused = m_dialog.focusWidget();
+    m_focusBefore = m_buttons.contains(focused) ? focused : nullptr;
+    // A disabled button hands the focus to its neighbour, which may be the terminal: the next key would go to
+    // the device in the middle of its restart. The tabs do nothing with most keys.
+    if (m_focusBefore) {
+        m_tabs->setFocus();
+    }
+}
+
+void ServicePage::returnFocus()
+{
+    // Whoever went on to something else meanwhile is left there.
+    if (m_focusBefore && m_focusBefore->isVisible() && m_dialog.focusWidget() == m_tabs) {
         m_focusBefore->setFocus();
     }
 }

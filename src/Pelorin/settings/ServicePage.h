@@ -32,10 +32,13 @@ public:
 private:
     bool mayCommand() const;
     void setSwitching(bool switching);
+    void parkFocus();
+    void returnFocus();
     void showText(const QString& text);
     QString runningText() const;
 
     QWidget& m_dialog;
+    QWidget* m_tabs;
     QPointer<Device> m_device;
     QPointer<Update> m_update;
     QList<QWidget*> m_buttons;

@@ -19,6 +19,7 @@
 
 #include <QMessageBox>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QSettings>
 #include <QShowEvent>
 
@@ -57,9 +58,8 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
             letPollingFollow(m_ui->tabWidget->widget(index));
         }
     });
-    Help::install(this, [this] {
-        return Help::pageAt(m_ui->tabWidget->currentWidget(), QStringLiteral("index"));
-    });
+    Help::install(this,
+                  [this] { return Help::pageAt(m_ui->tabWidget->currentWidget(), QStringLiteral("index")); });
     setServiceLevel(diagnostic);
     listPorts();
 }
@@ -118,6 +118,9 @@ void SettingsDialog::showEvent(QShowEvent* event)
     if (event->spontaneous()) {
         return;
     }
+    // On a screen with large pixels the form's own size is more than there is; its pages scroll then.
+    const QSize frame = frameSize() - size();
+    resize(size().boundedTo(screen()->availableGeometry().size() - frame));
     listPorts();
     // The first arrow key must not choose another port.
     m_ui->tabWidget->setFocus();

@@ -131,5 +131,6 @@ private:
     std::unique_ptr<ControlModePage> m_controlMode;
     std::unique_ptr<TtlPage> m_ttl;
     QTimer m_pollTimer;
+    bool m_hoursKnown = false; ///< since the device was connected
     bool m_suppressed = false; ///< the dialog sets its own widgets, which is nobody's choice
 };

@@ -4,12 +4,30 @@
 #include "settings/FormWidgets.h"
 
 #include <QCoreApplication>
+#include <QFontMetrics>
+#include <QHeaderView>
 #include <QLabel>
+#include <QTableWidget>
+
+#include <algorithm>
 
 namespace {
 QString tr(const char* text)
 {
     return QCoreApplication::translate("SystemConfigPage", text);
+}
+/// The form's widths are pixels; with larger type a calibration value would not fit its cell.
+void fitToFont(QTableWidget& table)
+{
+    constexpr int horizontalPadding = 14;
+    constexpr int verticalPadding = 6;
+    const QFontMetrics metrics = table.fontMetrics();
+    QHeaderView* const columns = table.horizontalHeader();
+    columns->setDefaultSectionSize(
+        std::max(columns->defaultSectionSize(),
+                 metrics.horizontalAdvance(QStringLiteral("-32768")) + horizontalPadding));
+    QHeaderView* const rows = table.verticalHeader();
+    rows->setDefaultSectionSize(std::max(rows->defaultSectionSize(), metrics.height() + verticalPadding));
 }
 } // namespace
 
@@ -21,6 +39,11 @@ SystemConfigPage::SystemConfigPage(const QWidget& dialog)
       m_laserFan(formWidget<QLabel>(dialog, "labelLaserFan")),
       m_heater(formWidget<QLabel>(dialog, "labelHeater"))
 {
+    for (const char* name :
+         {"tableWidgetNecselParams", "tableWidgetFanParams", "tableWidgetHeaterParams",
+          "tableWidgetJigglerSpeed", "tableWidgetNovalumParams", "tableWidgetNovalumParams2"}) {
+        fitToFont(*formWidget<QTableWidget>(dialog, name));
+    }
 }
 
 void SystemConfigPage::showReadings(const Temperatures& readings)
