@@ -1,25 +1,10 @@
 #include "Resources/Resources.h"
-#include "device/Device.h"
-#include "mainwindow/WindowBench.h"
 #include "settings/Console.h"
-#include "settings/SettingsDialog.h"
-#include "settings/SystemInfoPage.h"
-#include "support/BoxAnswerer.h"
-#include "update/Update.h"
+#include "settings/LoneDialogTest.h"
 
-#include <QAbstractItemView>
-#include <QComboBox>
 #include <QMetaMethod>
-#include <QSettings>
-#include <QSignalSpy>
-#include <QSpinBox>
-#include <QTabBar>
-#include <QTabWidget>
-#include <QTest>
-#include <QWheelEvent>
 
 #include <chrono>
-#include <memory>
 
 namespace {
 /// Long enough for more than two polls.
@@ -27,13 +12,13 @@ constexpr std::chrono::milliseconds silence(700);
 } // namespace
 
 /// The dialog's frame: tabs, connection label, terminal and the polling that goes with the tabs.
-class tst_SettingsDialog : public QObject
+class tst_SettingsDialog : public LoneDialogTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { buildRoom(); }
+    void cleanup() { removeRoom(); }
     void looks();
     void tabs_data();
     void tabs();
@@ -50,85 +35,7 @@ private slots:
     void pollingFitsTheTabThatIsShownAgain();
     void readingsRestWhileHidden();
     void outlivesTheLinkAndTheUpdate();
-    void openPortListIsLeftAlone();
-    void identityCanBeEditedAtServiceLevelOnly_data();
-    void identityCanBeEditedAtServiceLevelOnly();
-    void fieldBeingEditedKeepsItsText();
-    void hardwareRevision_data();
-    void hardwareRevision();
-    void wheelNeedsTheFocus();
-    void updateOfTheProgramIsExplained();
-    void dialogMayGoWithItsBox();
-    void commandDuringAnUpdateIsToldWithoutAPort();
-
-private:
-    void make(bool diagnostic);
-    void connectDevice();
-    template<typename Widget>
-    Widget* part(const char* name) const
-    {
-        return m_dialog->findChild<Widget*>(QLatin1String(name));
-    }
-    QTabWidget* tabWidget() const { return m_dialog->findChild<QTabWidget*>(QStringLiteral("tabWidget")); }
-    void clickTab(const QString& caption) const;
-
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<QWidget> m_parent;
-    std::unique_ptr<QSettings> m_store;
-    std::unique_ptr<Device> m_device;
-    std::unique_ptr<SettingsDialog> m_dialog;
-    Update* m_update = nullptr;
 };
-
-void tst_SettingsDialog::init()
-{
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_parent = std::make_unique<QWidget>();
-    m_store =
-        std::make_unique<QSettings>(QSettings::UserScope, QStringLiteral("Tarnwick"), QStringLiteral("VYR"));
-    m_device = std::make_unique<Device>();
-    m_update = new Update(m_parent.get(), m_store.get());
-}
-
-void tst_SettingsDialog::cleanup()
-{
-    m_dialog.reset();
-    m_device.reset();
-    m_parent.reset();
-    m_store.reset();
-    m_illuminator.reset();
-    m_bench.reset();
-}
-
-void tst_SettingsDialog::make(bool diagnostic)
-{
-    m_dialog = std::make_unique<SettingsDialog>(m_parent.get(), m_device.get(), m_update, m_store.get(),
-                                                diagnostic, QStringLiteral(" 02.07.00"));
-    m_dialog->setServiceLevel(diagnostic);
-    m_dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
-}
-
-void tst_SettingsDialog::connectDevice()
-{
-    const QSignalSpy connected(m_device.get(), &Device::deviceConnected);
-    m_device->checkConnectionStatus();
-    QTRY_COMPARE(connected.size(), 1);
-}
-
-void tst_SettingsDialog::clickTab(const QString& caption) const
-{
-    QTabBar* bar = tabWidget()->tabBar();
-    for (int i = 0; i < bar->count(); ++i) {
-        if (bar->tabText(i) == caption) {
-            QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(i).center());
-            return;
-        }
-    }
-    QFAIL("No such tab");
-}
 
 void tst_SettingsDialog::looks()
 {
@@ -347,160 +254,6 @@ void tst_SettingsDialog::outlivesTheLinkAndTheUpdate()
     clickTab(QStringLiteral("Service && Development"));
     clickTab(QStringLiteral("System Info"));
     QCOMPARE(m_dialog->console()->toPlainText(), QStringLiteral("late\n"));
-}
-
-void tst_SettingsDialog::openPortListIsLeftAlone()
-{
-    QStringList names{QStringLiteral("ttyA"), QStringLiteral("ttyB")};
-    SerialPorts::setLister([&names] {
-        QList<SerialPortEntry> ports;
-        for (const QString& name : qAsConst(names)) {
-            ports.append({name, {}, {}});
-        }
-        return ports;
-    });
-    make(false);
-    auto* const ports = part<QComboBox>("comboBoxComPort");
-    const QSignalSpy chosen(m_dialog.get(), &SettingsDialog::comPortChanged);
-    ports->showPopup();
-    QVERIFY(ports->view()->isVisible());
-    names = QStringList{QStringLiteral("ttyC"), QStringLiteral("ttyB")};
-    m_dialog->onDeviceDisconnected(QStringLiteral("ttyA"));
-    QCOMPARE(ports->itemText(0), QStringLiteral("ttyA"));
-    ports->setCurrentIndex(0);
-    QTest::keyClick(ports->view(), Qt::Key_Return);
-    // A port that has gone meanwhile is still the one that was meant.
-    QCOMPARE(chosen.size(), 1);
-    QCOMPARE(chosen.first().first().toString(), QStringLiteral("ttyA"));
-    QCOMPARE(m_store->value(QStringLiteral("Device Com Port")).toString(), QStringLiteral("ttyA"));
-    QTRY_COMPARE(ports->itemText(0), QStringLiteral("ttyC"));
-    QCOMPARE(ports->currentIndex(), -1);
-}
-
-void tst_SettingsDialog::identityCanBeEditedAtServiceLevelOnly_data()
-{
-    QTest::addColumn<QByteArray>("field");
-    QTest::addColumn<bool>("editable");
-    for (const char* name : {"VYRSerialNumber", "VYRPartNumber", "NovalumSerialNumber",
-                             "NecselControllerSerialNumber", "NecselLaserSerialNumber"}) {
-        QTest::newRow(name) << QByteArray(QByteArray("lineEdit") + name) << true;
-    }
-    QTest::newRow("controller's version") << QByteArray("lineEditNecselControllerVersion") << false;
-    QTest::newRow("hardware revision") << QByteArray("lineEditVYRHardwareRev") << false;
-}
-
-void tst_SettingsDialog::identityCanBeEditedAtServiceLevelOnly()
-{
-    QFETCH(QByteArray, field);
-    QFETCH(bool, editable);
-    for (const bool service : {true, false, true}) {
-        if (m_dialog) {
-            m_dialog->setServiceLevel(service);
-        } else {
-            make(service);
-        }
-        QCOMPARE(part<QLineEdit>(field.constData())->isReadOnly(), !(service && editable));
-        QCOMPARE(part<QWidget>("groupBoxChannelConfiguration")->isVisible(), service);
-        QCOMPARE(part<QWidget>("pushButtonSetProductConfigData")->isVisible(), service);
-    }
-}
-
-void tst_SettingsDialog::fieldBeingEditedKeepsItsText()
-{
-    make(true);
-    auto* const edited = part<QLineEdit>("lineEditVYRSerialNumber");
-    edited->setFocus();
-    QTest::keyClicks(edited, QStringLiteral("77"));
-    QVERIFY(edited->hasFocus());
-    connectDevice();
-    m_dialog->UpdateProductConfigDisplay();
-    QTRY_COMPARE(part<QLineEdit>("lineEditVYRPartNumber")->text(), QStringLiteral("PN-7"));
-    QCOMPARE(edited->text(), QStringLiteral("77"));
-    part<QLineEdit>("lineEditVYRPartNumber")->setFocus();
-    m_dialog->UpdateProductConfigDisplay();
-    QTRY_COMPARE(edited->text(), QStringLiteral("1234"));
-}
-
-void tst_SettingsDialog::hardwareRevision_data()
-{
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QString>("shown");
-    QTest::newRow("one digit") << QStringLiteral("1.2.3") << QStringLiteral("01.02.03");
-    QTest::newRow("more digits") << QStringLiteral("10.99.123") << QStringLiteral("10.99.123");
-    QTest::newRow("missing") << QStringLiteral("4") << QStringLiteral("04.00.00");
-    QTest::newRow("nothing") << QString() << QStringLiteral("00.00.00");
-    QTest::newRow("unreadable") << QStringLiteral("x.-1.%1") << QStringLiteral("00.00.00");
-    QTest::newRow("too many") << QStringLiteral("1.2.3.4") << QStringLiteral("01.02.03");
-}
-
-void tst_SettingsDialog::hardwareRevision()
-{
-    QFETCH(QString, version);
-    QFETCH(QString, shown);
-    QCOMPARE(hardwareRevisionText(version), shown);
-}
-
-void tst_SettingsDialog::wheelNeedsTheFocus()
-{
-    make(false);
-    clickTab(QStringLiteral("Control Mode"));
-    auto* const minutes = part<QSpinBox>("spinBoxSleepTimer");
-    minutes->setEnabled(true);
-    minutes->setValue(30);
-    const QSignalSpy changed(m_dialog.get(), &SettingsDialog::sleepTimerChanged);
-    const auto turn = [minutes] {
-        const QPointF place = QRectF(minutes->rect()).center();
-        QWheelEvent event(place, minutes->mapToGlobal(place.toPoint()), {}, {0, 120}, Qt::NoButton,
-                          Qt::NoModifier, Qt::NoScrollPhase, false);
-        QCoreApplication::sendEvent(minutes, &event);
-    };
-    turn();
-    QCOMPARE(minutes->value(), 30);
-    QVERIFY(changed.isEmpty());
-    minutes->setFocus();
-    turn();
-    QCOMPARE(minutes->value(), 31);
-    QCOMPARE(changed.size(), 1);
-}
-
-void tst_SettingsDialog::updateOfTheProgramIsExplained()
-{
-    make(false);
-    const BoxAnswerer boxes;
-    part<QAbstractButton>("pushButtonUpdateApplication")->click();
-    QCOMPARE(boxes.boxes().size(), 1);
-    const BoxAnswerer::Box& box = boxes.boxes().first();
-    QCOMPARE(box.title, QString());
-    QCOMPARE(box.icon, QMessageBox::Information);
-    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QCOMPARE(box.textFormat, Qt::PlainText);
-    QVERIFY(box.text.contains(QStringLiteral("installing a newer package")));
-}
-
-void tst_SettingsDialog::dialogMayGoWithItsBox()
-{
-    make(false);
-    auto* const button = part<QAbstractButton>("pushButtonUpdateApplication");
-    bool boxWasOpen = false;
-    runLater(m_parent.get(), std::chrono::milliseconds(50), [&] {
-        boxWasOpen = QApplication::activeModalWidget() != nullptr;
-        m_dialog.reset();
-    });
-    QTest::mouseClick(button, Qt::LeftButton);
-    QVERIFY(boxWasOpen);
-    QVERIFY(m_dialog == nullptr);
-}
-
-void tst_SettingsDialog::commandDuringAnUpdateIsToldWithoutAPort()
-{
-    make(false);
-    const QSignalSpy refused(m_update, &Update::actionRefused);
-    auto* const reset = part<QAbstractButton>("pushButtonSystemReset");
-    reset->click();
-    QCOMPARE(refused.size(), 0);
-    const Update::Run run(*m_update);
-    reset->click();
-    QCOMPARE(refused.size(), 1);
 }
 
 QTEST_MAIN(tst_SettingsDialog)
