@@ -33,6 +33,8 @@ private slots:
     void pollingFollowsTheTabs();
     void pollingIsLeftAloneDuringAnUpdate();
     void pollingFitsTheTabThatIsShownAgain();
+    void pollingIsLeftAloneByTheServiceLevel();
+    void pollingFollowsWhenTheTabInFrontIsTaken();
     void readingsRestWhileHidden();
     void outlivesTheLinkAndTheUpdate();
 };
@@ -228,6 +230,33 @@ void tst_SettingsDialog::pollingFitsTheTabThatIsShownAgain()
     m_dialog->show();
     QTRY_COMPARE(m_device->waitWhileBusy(), 0);
     QVERIFY(!line.waitForLine("f_mode?", line.count("f_mode?") + 2, silence));
+}
+
+void tst_SettingsDialog::pollingIsLeftAloneByTheServiceLevel()
+{
+    make(true);
+    connectDevice();
+    clickTab(QStringLiteral("Update"));
+    m_device->setPolling(false);
+    QTRY_COMPARE(m_device->waitWhileBusy(), 0);
+    ScriptedBench& line = m_illuminator->bench();
+    const int polls = line.count("f_mode?");
+    m_dialog->setServiceLevel(false);
+    m_dialog->setServiceLevel(true);
+    QCOMPARE(tabWidget()->currentWidget()->objectName(), QStringLiteral("tabUpdate"));
+    QVERIFY(!line.waitForLine("f_mode?", polls + 2, silence));
+}
+
+void tst_SettingsDialog::pollingFollowsWhenTheTabInFrontIsTaken()
+{
+    make(true);
+    connectDevice();
+    clickTab(QStringLiteral("Service && Development"));
+    QTRY_COMPARE(m_device->waitWhileBusy(), 0);
+    ScriptedBench& line = m_illuminator->bench();
+    const int polls = line.count("f_mode?");
+    m_dialog->setServiceLevel(false);
+    QVERIFY(line.waitForLine("f_mode?", polls + 2));
 }
 
 void tst_SettingsDialog::readingsRestWhileHidden()

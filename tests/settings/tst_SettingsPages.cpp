@@ -1,12 +1,19 @@
 #include "device/SerialPorts.h"
 #include "settings/LoneDialogTest.h"
+#include "settings/OperatingChoices.h"
 #include "settings/SystemInfoPage.h"
+#include "settings/ThreeTries.h"
 #include "support/BoxAnswerer.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QSpinBox>
 #include <QWheelEvent>
+
+namespace {
+/// A second passes between two tries.
+constexpr int longerThanBetweenTriesMs = 1400;
+} // namespace
 
 /// What the dialog's pages decide by themselves.
 class tst_SettingsPages : public LoneDialogTest
@@ -26,6 +33,14 @@ private slots:
     void updateOfTheProgramIsExplained();
     void dialogMayGoWithItsBox();
     void commandDuringAnUpdateIsToldWithoutAPort();
+    void whoControlsIsTold_data();
+    void whoControlsIsTold();
+    void runningImageFollowsTheConnection();
+    void failedRestartIsToldUntilTheNextChange();
+    void triesEnd_data();
+    void triesEnd();
+    void newTriesReplaceTheOld();
+    void triesMayGoInsideATry();
 };
 
 void tst_SettingsPages::openPortListIsLeftAlone()
@@ -180,6 +195,166 @@ void tst_SettingsPages::commandDuringAnUpdateIsToldWithoutAPort()
     const Update::Run run(*m_update);
     reset->click();
     QCOMPARE(refused.size(), 1);
+}
+
+void tst_SettingsPages::whoControlsIsTold_data()
+{
+    QTest::addColumn<bool>("shuttersExternal");
+    QTest::addColumn<bool>("intensitiesExternal");
+    QTest::addColumn<QString>("controlMode");
+    QTest::addColumn<QString>("ttl");
+    const QString shuttersHere = QStringLiteral("Shutters are opened and closed by this program");
+    const QString shuttersThere =
+        QStringLiteral("Shutters follow the external inputs; the shutter buttons are off.");
+    const QString levelsHere = QStringLiteral(" Intensities are set by this program.");
+    const QString levelsThere =
+        QStringLiteral(" Intensities follow the external inputs; the sliders are off.");
+    const QString inputsOff(shuttersHere + QStringLiteral("; the external inputs have no effect now."));
+    const QString shuttersHereOnly(shuttersHere + QLatin1Char('.'));
+    QTest::newRow("all here") << false << false << QString(shuttersHereOnly + levelsHere) << inputsOff;
+    QTest::newRow("shutters external")
+        << true << false << QString(shuttersThere + levelsHere) << shuttersThere;
+    QTest::newRow("intensities external")
+        << false << true << QString(shuttersHereOnly + levelsThere) << inputsOff;
+    QTest::newRow("all external") << true << true << QString(shuttersThere + levelsThere) << shuttersThere;
+}
+
+void tst_SettingsPages::whoControlsIsTold()
+{
+    QFETCH(bool, shuttersExternal);
+    QFETCH(bool, intensitiesExternal);
+    QFETCH(QString, controlMode);
+    QFETCH(QString, ttl);
+    make(false);
+    const auto isTold = [&] {
+        return part<QLabel>("labelControlModeSummary")->text() == controlMode &&
+               part<QLabel>("labelTTLSummary")->text() == ttl;
+    };
+    OperatingChoices choices;
+    choices.shutterControl = shuttersExternal ? 0 : 1;
+    choices.intensityControl = intensitiesExternal ? 0 : 1;
+    m_dialog->showChoices(choices);
+    QVERIFY(isTold());
+
+    choices.shutterControl = shuttersExternal ? 1 : 0;
+    choices.intensityControl = intensitiesExternal ? 1 : 0;
+    m_dialog->showChoices(choices);
+    QVERIFY(!isTold());
+    part<QAbstractButton>(shuttersExternal ? "radioButtonShutterControlExternal"
+                                           : "radioButtonShutterControlUSB")
+        ->click();
+    part<QAbstractButton>(intensitiesExternal ? "radioButtonIntensityControlExternal"
+                                              : "radioButtonIntensityControlUSB")
+        ->click();
+    QVERIFY(isTold());
+
+    part<QAbstractButton>("pushButtonRestoreDefaults")->click();
+    QCOMPARE(isTold(), !shuttersExternal && !intensitiesExternal);
+}
+
+void tst_SettingsPages::runningImageFollowsTheConnection()
+{
+    make(true);
+    connect(m_device.get(), &Device::deviceConnected, m_dialog.get(), &SettingsDialog::onDeviceConnected);
+    connect(m_device.get(), &Device::deviceDisconnected, m_dialog.get(),
+            &SettingsDialog::onDeviceDisconnected);
+    const auto isTold = [this](const QString& text) {
+        return part<QLabel>("labelRunningImage")->text() == text &&
+               part<QLabel>("labelRunningImage2")->text() == text;
+    };
+    QVERIFY(isTold(QStringLiteral("Not connected")));
+    m_illuminator->image = "Loader V1.5.0";
+    connectDevice();
+    QVERIFY(isTold(QStringLiteral("Running: loader 1.5.0")));
+    m_device->selectPort({});
+    QVERIFY(isTold(QStringLiteral("Not connected")));
+    m_illuminator->image = "<b>%1</b> V1.0.0";
+    connectDevice();
+    QVERIFY(isTold(QStringLiteral("Running: <b>%1</b> 1.0.0")));
+    QCOMPARE(part<QLabel>("labelRunningImage")->textFormat(), Qt::PlainText);
+    QCOMPARE(part<QLabel>("labelRunningImage2")->textFormat(), Qt::PlainText);
+}
+
+void tst_SettingsPages::failedRestartIsToldUntilTheNextChange()
+{
+    make(true);
+    connectDevice();
+    auto* const button = part<QAbstractButton>("pushButtonLoaderMode2");
+    QString told;
+    // The link takes no second switch while one waits for the device.
+    m_illuminator->thinkTime = std::chrono::milliseconds(400);
+    runLater(m_dialog.get(), std::chrono::milliseconds(100), [&] {
+        m_illuminator->thinkTime = {};
+        button->click();
+        told = part<QLabel>("labelRunningImage2")->text();
+    });
+    QCOMPARE(m_device->goLoader(), int(DeviceResult::Ok));
+    QCOMPARE(told, QStringLiteral("The device did not restart (error -40013)."));
+    QCOMPARE(part<QLabel>("labelRunningImage")->text(), told);
+    QVERIFY(button->isEnabled());
+    QCOMPARE(m_illuminator->bench().count("goloader"), 1);
+    m_dialog->onDeviceConnected(m_device->portName());
+    QCOMPARE(part<QLabel>("labelRunningImage2")->text(), QStringLiteral("Running: application 2.7.0"));
+}
+
+void tst_SettingsPages::triesEnd_data()
+{
+    QTest::addColumn<int>("failures");
+    QTest::addColumn<int>("tries");
+    QTest::newRow("first") << 0 << 1;
+    QTest::newRow("second") << 1 << 2;
+    QTest::newRow("third") << 2 << 3;
+    QTest::newRow("never") << 9 << 3;
+}
+
+void tst_SettingsPages::triesEnd()
+{
+    QFETCH(int, failures);
+    QFETCH(int, tries);
+    int made = 0;
+    ThreeTries reader([&] { return ++made > failures; }, nullptr);
+    reader.start();
+    QCOMPARE(made, 1);
+    QTRY_COMPARE(made, tries);
+    QVERIFY(!QTest::qWaitFor([&] { return made > tries; }, longerThanBetweenTriesMs));
+}
+
+void tst_SettingsPages::newTriesReplaceTheOld()
+{
+    int made = 0;
+    ThreeTries reader(
+        [&] {
+            // As when the user asks again while the device has not answered yet.
+            if (++made == 1) {
+                reader.start();
+            }
+            return false;
+        },
+        nullptr);
+    reader.start();
+    QCOMPARE(made, 2);
+    QTRY_COMPARE(made, 4);
+    QVERIFY(!QTest::qWaitFor([&] { return made > 4; }, longerThanBetweenTriesMs));
+    reader.startLater();
+    QCOMPARE(made, 4);
+    QTRY_COMPARE(made, 7);
+}
+
+void tst_SettingsPages::triesMayGoInsideATry()
+{
+    auto* const parent = new QObject;
+    bool made = false;
+    auto* const reader = new ThreeTries(
+        [&made, parent] {
+            made = true;
+            delete parent;
+            return false;
+        },
+        parent);
+    const QPointer<ThreeTries> watched(reader);
+    reader->start();
+    QVERIFY(made);
+    QVERIFY(watched.isNull());
 }
 
 QTEST_MAIN(tst_SettingsPages)
