@@ -11,7 +11,7 @@ const QString limitText = QStringLiteral("System at limit of enabled channels.  
 const QString externalText =
     QStringLiteral("Shutter change not allowed.  System is in External Shutter Control Mode.");
 const QString interlockText = QStringLiteral("Channel is disabled due to fiber interlock.");
-const QString refusalsBegin = QStringLiteral("Not all shutters are as in the scenario:\n\n");
+const QString refusalsBegin = QStringLiteral("Not everything is as in the scenario:\n\n");
 
 using Shutters = std::array<bool, 8>;
 constexpr Shutters allClosed{};
@@ -177,7 +177,7 @@ void tst_WindowScenarios::externalShutterControlSendsNone()
     m_illuminator->clearCommands();
     QVERIFY(loadWhole(QStringLiteral("x")));
     QVERIFY(startingWith(m_illuminator->commands(), "shutter:").isEmpty());
-    QCOMPARE(startingWith(m_illuminator->commands(), "ttl_invert:").size(), 8);
+    QVERIFY(startingWith(m_illuminator->commands(), "ttl_invert:").isEmpty());
     // The second is as the scenario has it; the third should be closed, the first open.
     QTRY_VERIFY(m_boxes->sawOneWarning(refusalsBegin + QStringLiteral("470nm, 405nm:\n") + externalText));
 }
@@ -265,13 +265,16 @@ void tst_WindowScenarios::secondLoadReplacesTheFirst()
 void tst_WindowScenarios::closesAnOpeningThatIsNotReportedYet()
 {
     QVERIFY(keepScenario(QStringLiteral("dark"), allClosed));
+    // The settings dialog asks for the identity a second after connecting; that must be over.
+    QTRY_VERIFY(m_illuminator->bench().count("prod_config") >= 1);
+    QVERIFY(m_illuminator->settle(*m_window));
     m_window->device()->setPolling(false);
     QTest::mouseClick(Column(*m_window, 1).shutter, Qt::LeftButton);
     load(QStringLiteral("dark"));
     QVERIFY(m_illuminator->waitForCommand("shutter:405=0"));
     QVERIFY(m_illuminator->settle(*m_window));
-    const QList<QByteArray> moves = startingWith(m_illuminator->commands(), "shutter:405");
-    QCOMPARE(moves, QList<QByteArray>({"shutter:405=1", "shutter:405=0"}));
+    const QByteArrayList moves = startingWith(m_illuminator->commands(), "shutter:405");
+    QVERIFY2(moves == QList<QByteArray>({"shutter:405=1", "shutter:405=0"}), moves.join(' ').constData());
     QCOMPARE(m_illuminator->shutters, allClosed);
 }
 

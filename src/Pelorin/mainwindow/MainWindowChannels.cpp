@@ -152,6 +152,7 @@ void PelorinMainWindow::shutterClicked(int number)
     if (clicked == nullptr || isUpdateInTheWay()) {
         return;
     }
+    m_scenarioControl->onShutterMoved(*clicked);
     const ShutterAnswer answer = changeShutter(*clicked, !clicked->isShutterOpen());
     if (!answer.refusal.isEmpty()) {
         warn(answer.refusal);
@@ -173,9 +174,16 @@ ShutterAnswer PelorinMainWindow::changeShutter(channel& laser, bool open)
             return {refusal, DeviceResult::Ok};
         }
     }
+    const int number = laser.index() + 1;
+    if (!open) {
+        // Before it is sent: sending can wait, and end with the connection.
+        m_panel->noteShutterRequest(number, false);
+    }
     const int code = m_device->setShutter(laser, open);
-    if (code == DeviceResult::Ok) {
-        m_panel->noteShutterRequest(laser.index() + 1, open);
+    if (open && code == DeviceResult::Ok) {
+        m_panel->noteShutterRequest(number, true);
+    } else if (code == DeviceResult::NotOpen) {
+        keepClosingsInMind();
     }
     return {QString(), code};
 }
@@ -200,7 +208,7 @@ QString PelorinMainWindow::shutterRefusal(const channel& laser, bool open) const
     return {};
 }
 
-void PelorinMainWindow::applyChannel(channel& laser, const ChannelSettings& settings)
+QString PelorinMainWindow::applyChannel(channel& laser, const ChannelSettings& settings)
 {
     const int number = laser.index() + 1;
     m_panel->showName(number, settings.name);
@@ -217,7 +225,14 @@ void PelorinMainWindow::applyChannel(channel& laser, const ChannelSettings& sett
         laser.setIntensity(settings.intensity);
         m_panel->showReportedIntensity(number);
     }
-    onInvertTTLChanged(laser.index(), settings.ttlInverted);
+    if (m_choices.shutterControl == 1) {
+        onInvertTTLChanged(laser.index(), settings.ttlInverted);
+        return {};
+    }
+    // The other polarity would move the shutter at once, past limit and interlock.
+    return laser.isTtlInverted() == settings.ttlInverted
+               ? QString()
+               : tr("TTL polarity change not allowed.  System is in External Shutter Control Mode.");
 }
 
 void PelorinMainWindow::onShutterChanged(const bool* shutterStates)

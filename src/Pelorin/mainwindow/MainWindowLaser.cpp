@@ -26,6 +26,17 @@ QString firmwareText(DeviceMode mode, const ImageVersion& running)
     const QString version = QLatin1Char('V') + running.version.toString();
     return mode == DeviceMode::Application ? version : QString(running.kind + QLatin1Char(' ') + version);
 }
+
+ShutterStates knownShutterStates(const Scenario* scenario)
+{
+    ShutterStates states{};
+    if (scenario != nullptr) {
+        for (const channel* laser : scenario->channels()) {
+            states.at(laser->index()) = laser->isShutterOpen();
+        }
+    }
+    return states;
+}
 } // namespace
 
 void PelorinMainWindow::laserOnOffClicked()
@@ -157,6 +168,8 @@ void PelorinMainWindow::onDeviceConnected(const QString& portName)
 {
     showStatus(tr("Device connected on %1").arg(portName));
     m_laserOn = false;
+    // As they were known before the connection: what an old queue may open meanwhile is closed again.
+    const ShutterStates states = knownShutterStates(m_scenario);
     m_display->showConnected(m_device->deviceMode());
     if (m_update->isInProgress()) {
         return;
@@ -168,7 +181,7 @@ void PelorinMainWindow::onDeviceConnected(const QString& portName)
         !m_device->isApplicationConnected()) {
         return;
     }
-    sendEverything();
+    sendEverything(states);
 }
 
 void PelorinMainWindow::readIdentity()
@@ -188,7 +201,7 @@ void PelorinMainWindow::readIdentity()
     QS_INFO() << "VYR Part Number" << product.partNumber;
 }
 
-void PelorinMainWindow::sendEverything()
+void PelorinMainWindow::sendEverything(const ShutterStates& states)
 {
     setLaserOn(false);
     m_device->setShutterMode(m_choices.shutterControl);
@@ -201,7 +214,7 @@ void PelorinMainWindow::sendEverything()
             m_device->setIntensity(*laser, laser->intensity());
         }
         if (m_choices.shutterControl == 1) {
-            m_device->setShutter(*laser, laser->isShutterOpen());
+            m_device->setShutter(*laser, states.at(laser->index()));
         }
         m_device->setTTLInvert(*laser, laser->isTtlInverted());
     }

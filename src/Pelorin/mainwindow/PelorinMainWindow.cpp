@@ -42,7 +42,7 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     Help::install(this, [] { return QStringLiteral("main-window"); });
 
     m_device = std::make_unique<Device>();
-    m_scenarioControl = new ScenarioControl(*this, *this, *m_panel, *m_device);
+    m_scenarioControl = new ScenarioControl(*this, *this, *m_panel, *m_device, *m_update);
     connectDevice();
     connect(this, &PelorinMainWindow::channelNameChanged, this, &PelorinMainWindow::updateChannelName,
             Qt::DirectConnection);

@@ -100,11 +100,11 @@ private:
     void sliderMoved(int number, int value) override;
     void percentageTyped(int number) override;
     void nameTyped(int number) override;
-    void applyChannel(channel& laser, const ChannelSettings& settings) override;
+    QString applyChannel(channel& laser, const ChannelSettings& settings) override;
     ShutterAnswer changeShutter(channel& laser, bool open) override;
     void showStatus(const QString& text) override; ///< in the status bar, until the next one
     void warn(const QString& text) override;
-    bool isUpdateInTheWay() override;
+    bool isUpdateInTheWay();
 
     void connectDevice();
     void createSettingsDialog(bool diagnostic);
@@ -123,7 +123,7 @@ private:
     void requestRun();
     void showModeInStatusBar();
     void readIdentity();
-    void sendEverything();
+    void sendEverything(const ShutterStates& states);
     void keepClosingsInMind();
     void createChannels(const UserSettings& settings);
     void connectChannels();

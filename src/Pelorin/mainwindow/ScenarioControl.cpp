@@ -6,6 +6,7 @@
 #include "scenario/OneLine.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDialog.h"
+#include "update/Update.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -47,8 +48,8 @@ ScenarioValues valuesOf(const QList<channel*>& channels)
 } // namespace
 
 ScenarioControl::ScenarioControl(QWidget& window, ScenarioHost& host, const ChannelPanel& panel,
-                                 Device& device)
-    : QObject(&window), m_window(window), m_host(host), m_panel(panel), m_device(device),
+                                 Device& device, Update& update)
+    : QObject(&window), m_window(window), m_host(host), m_panel(panel), m_device(device), m_update(update),
       m_nameLabel(find(window, "labelScenario")), m_modifiedLabel(find(window, "labelScenarioModified"))
 {
     m_reportTimer.setSingleShot(true);
@@ -81,15 +82,29 @@ void ScenarioControl::save()
     m_host.showStatus(tr("Scenario saved: %1").arg(onOneLine(name)));
 }
 
+bool ScenarioControl::mayLoad()
+{
+    if (m_update.refusesAction()) {
+        return false;
+    }
+    // What is sent to another image, or before it is known which one runs, would wait in the queue for the
+    // application and open shutters when nobody expects it any more.
+    if (m_device.isOpen() && !m_device.isApplicationConnected()) {
+        m_host.warn(tr("The device does not run its application. Nothing was changed."));
+        return false;
+    }
+    return true;
+}
+
 void ScenarioControl::load()
 {
-    if (m_host.isUpdateInTheWay()) {
+    const QPointer<ScenarioControl> self(this);
+    if (!mayLoad()) {
         return;
     }
-    const QPointer<ScenarioControl> self(this);
     const QString name = askForName(m_window, ScenarioDialog::LoadMode, m_host.scenario());
     // The dialog can stay open for long, and the device may have become busy meanwhile.
-    if (!self || name.isEmpty() || m_host.isUpdateInTheWay()) {
+    if (!self || name.isEmpty() || !mayLoad()) {
         return;
     }
     const std::optional<ScenarioValues> values = m_host.scenario()->values(name);
@@ -104,10 +119,12 @@ void ScenarioControl::adopt(const QString& name, const ScenarioValues& values)
 {
     // Whatever an earlier scenario still had to do is not wanted any more.
     ++m_run;
+    m_loading = false;
     m_closing = false;
     m_reportTimer.stop();
     m_refusals.clear();
     m_askedToClose.fill(false);
+    m_movedByHand.fill(false);
     m_name = name;
     m_values = values;
     m_nameLabel->setText(tr("Scenario: %1").arg(onOneLine(name)));
@@ -116,6 +133,7 @@ void ScenarioControl::adopt(const QString& name, const ScenarioValues& values)
 void ScenarioControl::begin(const QString& name, const ScenarioValues& values)
 {
     adopt(name, values);
+    m_loading = true;
     const int run = m_run;
     const QPointer<ScenarioControl> self(this);
     closeShutters();
@@ -137,7 +155,7 @@ void ScenarioControl::askForReports()
 {
     if (!m_reportTimer.isActive()) {
         m_askTimer.stop();
-    } else if (m_device.isApplicationConnected()) {
+    } else if (m_device.isApplicationConnected() && !m_update.isInProgress()) {
         m_device.pollDevice();
     }
 }
@@ -170,10 +188,11 @@ void ScenarioControl::applySettings()
     const QPointer<ScenarioControl> self(this);
     const QList<channel*> channels = m_host.scenario()->channels();
     for (channel* laser : channels) {
-        m_host.applyChannel(*laser, m_values.at(laser->index()).settings);
+        const QString refusal = m_host.applyChannel(*laser, m_values.at(laser->index()).settings);
         if (!self || isRunStale(run)) {
             return;
         }
+        note(*laser, {refusal, 0});
     }
 }
 
@@ -193,7 +212,13 @@ void ScenarioControl::openShutters()
     const QPointer<ScenarioControl> self(this);
     const QList<channel*> channels = m_host.scenario()->channels();
     for (channel* laser : channels) {
-        if (!m_values.at(laser->index()).shutterOpen || laser->isShutterOpen()) {
+        if (!m_values.at(laser->index()).shutterOpen || laser->isShutterOpen() ||
+            m_movedByHand.at(laser->index())) {
+            continue;
+        }
+        if (!laser->isVisible()) {
+            // There is no button to close it with.
+            note(*laser, {tr("The channel is hidden."), 0});
             continue;
         }
         const ShutterAnswer answer = m_host.changeShutter(*laser, true);
@@ -223,12 +248,13 @@ void ScenarioControl::note(const channel& laser, const ShutterAnswer& answer)
 
 void ScenarioControl::finish()
 {
+    m_loading = false;
     m_host.showStatus(tr("Scenario loaded: %1").arg(onOneLine(m_name)));
     onChannelChanged();
     if (m_refusals.isEmpty()) {
         return;
     }
-    QString text = tr("Not all shutters are as in the scenario:");
+    QString text = tr("Not everything is as in the scenario:");
     for (const Refusal& refusal : qAsConst(m_refusals)) {
         // Joined, not filled in: the names are the operator's and may contain place markers.
         text += QLatin1String("\n\n") + refusal.channelNames.join(QLatin1String(", ")) +
@@ -240,11 +266,12 @@ void ScenarioControl::finish()
 
 void ScenarioControl::onDeviceDisconnected()
 {
-    if (!m_closing) {
+    if (!m_loading) {
         return;
     }
     // Opening on a device that comes back later is not what was asked for.
     ++m_run;
+    m_loading = false;
     m_closing = false;
     m_reportTimer.stop();
     showModified();
@@ -258,6 +285,11 @@ void ScenarioControl::onDeviceDisconnected()
             }
         },
         Qt::QueuedConnection);
+}
+
+void ScenarioControl::onShutterMoved(const channel& laser)
+{
+    m_movedByHand.at(laser.index()) = true;
 }
 
 void ScenarioControl::onChannelChanged()

@@ -15,6 +15,7 @@ class Device;
 class QLabel;
 class QWidget;
 class Scenario;
+class Update;
 class channel;
 
 /// How a wish to move a shutter ended.
@@ -29,10 +30,9 @@ class ScenarioHost
 {
 public:
     virtual Scenario* scenario() const = 0; ///< the container in use; null before the settings are read
-    /// True, and told to the operator, while an update has the device for itself.
-    virtual bool isUpdateInTheWay() = 0;
-    /// Puts the values into the channel and its widgets, and sends what the control modes allow.
-    virtual void applyChannel(channel& laser, const ChannelSettings& settings) = 0;
+    /// Puts the values into the channel and its widgets, and sends what the control modes allow. Returns why
+    /// something was left as it is, for the operator; empty when nothing was.
+    virtual QString applyChannel(channel& laser, const ChannelSettings& settings) = 0;
     /// Asks the device under the same rules as a click; can wait for the device.
     virtual ShutterAnswer changeShutter(channel& laser, bool open) = 0;
     virtual void showStatus(const QString& text) = 0;
@@ -53,7 +53,8 @@ class ScenarioControl : public QObject
 public:
     /// Finds its labels below @p window, which owns it and is the parent of its dialogs. The panel and the
     /// device, which is asked for its states, outlive every operation here.
-    ScenarioControl(QWidget& window, ScenarioHost& host, const ChannelPanel& panel, Device& device);
+    ScenarioControl(QWidget& window, ScenarioHost& host, const ChannelPanel& panel, Device& device,
+                    Update& update);
 
     void save();
     void load();
@@ -62,6 +63,8 @@ public slots:
     /// A value of some channel changed, by whomever.
     void onChannelChanged();
     void onDeviceDisconnected();
+    /// The operator moved this shutter by hand; a scenario that is being loaded leaves it alone from here on.
+    void onShutterMoved(const channel& laser);
 
 private:
     struct Refusal
@@ -76,6 +79,7 @@ private:
     void openShutters();
     void askForReports();
     void finish();
+    bool mayLoad();
     void note(const channel& laser, const ShutterAnswer& answer);
     bool isClosingPending() const;
     bool isRunStale(int run) const { return run != m_run; }
@@ -86,12 +90,15 @@ private:
     ScenarioHost& m_host;
     const ChannelPanel& m_panel;
     Device& m_device;
+    Update& m_update;
     QLabel* m_nameLabel;
     QLabel* m_modifiedLabel;
     QString m_name; ///< empty before anything was saved or loaded
     ScenarioValues m_values;
     QList<Refusal> m_refusals;
     std::array<bool, channelCount> m_askedToClose{}; ///< shutters that may be open, until they are reported
+    std::array<bool, channelCount> m_movedByHand{};  ///< since the loading began
+    bool m_loading = false;                          ///< until the last opening was asked for
     bool m_closing = false;                          ///< their reports are waited for
     QTimer m_reportTimer; ///< runs while the device has time to report what it was asked for
     QTimer m_askTimer;    ///< meanwhile has it asked, as the regular poll may rest

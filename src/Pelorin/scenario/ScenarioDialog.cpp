@@ -127,6 +127,10 @@ void ScenarioDialog::on_pushButtonDelete_clicked()
 {
     // Names are never removed: somebody else's scenario would be gone with a click.
     refreshList();
+    if (!isSaving()) {
+        // Nothing is selected any more, and the field that would show the name is hidden.
+        m_ui->lineEditScenarioName->clear();
+    }
 }
 
 void ScenarioDialog::acceptName()

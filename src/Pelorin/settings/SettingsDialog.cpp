@@ -54,7 +54,7 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     m_ui->spinBoxSleepTimer->installEventFilter(wheelGuard);
     // The keyboard changes tabs without clicking on one.
     connect(m_ui->tabWidget, &QTabWidget::currentChanged, this, [this](int index) {
-        if (isVisible()) {
+        if (isVisible() && !m_suppressed) {
             letPollingFollow(m_ui->tabWidget->widget(index));
         }
     });
@@ -73,9 +73,18 @@ Console* SettingsDialog::console() const
 
 void SettingsDialog::setServiceLevel(bool service)
 {
-    setTabPresent(m_ui->tabSystemConfig, tr("System Config"), systemConfigPosition, service);
-    setTabPresent(m_ui->tabServiceDevelopment, tr("Service && Development"), serviceDevelopmentPosition,
-                  service);
+    const QWidget* const before = m_ui->tabWidget->currentWidget();
+    {
+        const QScopedValueRollback<bool> suppressed(m_suppressed, true);
+        setTabPresent(m_ui->tabSystemConfig, tr("System Config"), systemConfigPosition, service);
+        setTabPresent(m_ui->tabServiceDevelopment, tr("Service && Development"), serviceDevelopmentPosition,
+                      service);
+    }
+    // Tabs that come and go beside the one in front leave the polling alone.
+    const QWidget* const after = m_ui->tabWidget->currentWidget();
+    if (isVisible() && after != before) {
+        letPollingFollow(after);
+    }
     m_systemInfo->setServiceLevel(service);
     connect(&m_pollTimer, &QTimer::timeout, this, &SettingsDialog::pollDevice, Qt::UniqueConnection);
     m_pollTimer.start(pollInterval);

@@ -14,6 +14,8 @@ ThreeTries::ThreeTries(std::function<bool()> attempt, QObject* parent)
     : QObject(parent), m_attempt(std::move(attempt))
 {
     m_timer.setSingleShot(true);
+    // A coarse one may come 5 % early.
+    m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &ThreeTries::tryOnce);
 }
 
