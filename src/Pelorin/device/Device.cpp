@@ -50,6 +50,11 @@ DeviceMode Device::deviceMode() const
     return d->deviceMode;
 }
 
+int Device::deviceNumber() const
+{
+    return d->deviceNumber;
+}
+
 bool Device::isApplicationConnected() const
 {
     return isOpen() && d->deviceMode == DeviceMode::Application;

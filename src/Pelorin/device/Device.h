@@ -9,17 +9,17 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class channel;
 
 /// The link to the one illuminator: it owns the serial port, finds and identifies the device, polls its
 /// state and carries every command. All operations return a DeviceResult code (see ResultCodes.h).
 ///
-/// Everything runs on the thread that created the object. An operation that waits for a reply sleeps in
-/// the event loop, so timers and user actions run inside it; the Device must outlive every such call. A wait
-/// ends at once, with NotOpen, when the port closes. Queries asked while another one is out return Busy and
-/// send nothing; settings given then are queued, and return Ok. Nobody gets a reply inside a slot of
-/// receivedDataFromDevice: queries asked there return Busy.
+/// Everything runs on the thread that created the object. An operation that waits for a reply sleeps in the
+/// event loop, so timers and user actions run inside it; the Device must outlive every such call. A wait ends
+/// at once, with NotOpen, when the port closes. Queries asked while another one is out, or in a slot of
+/// receivedDataFromDevice, return Busy and send nothing; settings given then are queued, and return Ok.
 class Device : public QObject
 {
     Q_OBJECT
@@ -30,19 +30,15 @@ public:
 
     // --- Transport ---------------------------------------------------------------------------------
     bool isOpen() const;
-    /// Name of the port in use, or last asked for.
-    QString portName() const;
-    /// Bytes handed to the system, -1 when the port is not open. Less than the command's length means a
-    /// short write, whose rest is dropped.
+    QString portName() const; ///< in use, or last asked for
+    /// Bytes handed to the system, whose rest is dropped; -1 when the port is not open.
     qint64 writeCommand(const QByteArray& bytes);
     void flushInput();
-    /// Sends `command` (with its line feed) and waits up to 1500 ms for the reply; `reply` is left alone
-    /// on failure.
+    /// Sends `command` (with its line feed), waits up to 1500 ms; `reply` is left alone on failure.
     int transaction(const QByteArray& command, QString& reply);
     /// A transaction whose reply is only logged; 0 without doing anything when the port is not open.
     int sendCommand(const char* text);
-    /// Sends "goloader" or "goapp" and waits up to 45 s for the answer, whatever else the line is used for:
-    /// NoReplyToSwitch when none comes, Busy while another one waits.
+    /// Sends "goloader" or "goapp" and waits up to 45 s for the answer, whatever else uses the line.
     int sendGoCommand(const char* text);
     /// Sends `command` (with its line feed) without waiting, or queues it while the line is in use.
     int sendOrEnqueue(const QByteArray& command);
@@ -54,13 +50,14 @@ public:
     int waitWhileBusy();
     /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
     void writeRaw(const QByteArray& bytes);
-    /// Ends every wait now and lets none begin: from here on operations return NotOpen. For the end of
-    /// the program, which must not hang on a device that is silent.
+    /// Ends every wait and lets none begin, for the end of the program: operations return NotOpen then.
     void shutDown();
 
     // --- Connection (see DeviceConnection.cpp) -----------------------------------------------------
     DeviceMode deviceMode() const;
-    /// True while the port is open and the application image answered its identification.
+    /// Another one for each device plugged in; one that restarts into another image keeps its own.
+    int deviceNumber() const;
+    /// The port is open, and the application image answered its identification.
     bool isApplicationConnected() const;
     /// The device told that it reprograms its laser controller: it is left alone from here on.
     void setUpdatingLaserController();
@@ -95,7 +92,19 @@ public:
     bool isApplicationValid();
     bool isLoaderValid();
     int getNecselControllerInfo(NecselControllerInfo& info);
+
+    // --- Configuration records (see DeviceRecords.cpp) ---------------------------------------------
+    /// The buffers hold systemConfigSize or channelConfigSize bytes and stay the caller's; NotOpen without
+    /// one. A failed read leaves the buffer as it was. A write marks the record valid once all is written.
+    int readSystemConfig(quint8* buffer);
+    int writeSystemConfig(const quint8* buffer);
+    int readChannelConfig(quint8* buffer);
+    int writeChannelConfig(const quint8* buffer);
     int readProductConfig(ProductConfig& record);
+    int writeProductConfig(const ProductConfig& record);
+    /// As last read or written since the device was plugged in, whatever image it ran since.
+    const std::optional<SystemConfigBytes>& knownSystemConfig() const;
+    const std::optional<ChannelConfigBytes>& knownChannelConfig() const;
 
     // --- Settings and actions ----------------------------------------------------------------------
     /// `percent` 0 to 100; a value that is no number gives BadArgument.
@@ -116,7 +125,7 @@ public:
     int goApp();
 
 public slots:
-    /// Stores the port's name and closes an open port; the next connection check opens one again.
+    /// Closes an open port; the next connection check opens one again.
     void selectPort(const QString& portName);
     void checkConnectionStatus();
     void pollDevice();
@@ -128,12 +137,10 @@ signals:
     void functionalModeChanged(FunctionalMode_t mode);
     void faultStateChanged(bool faultState, const QString& errorMessage);
     void warningStateChanged(bool warningState, const QString& warningMessage);
-    /// Eight entries in channel order, owned by the Device, valid during the call.
+    /// Eight entries in channel order (intensities in percent), owned by the Device, valid during the call.
     void shutterChanged(bool* shutterStates);
-    /// Eight entries in percent in channel order, owned by the Device, valid during the call.
     void intensityChanged(float* intensityLevels);
-    /// Declared for the dialog's sake; the poll does not emit it.
-    void invertedStateChanged(bool* invertedTTLStates);
+    void invertedStateChanged(bool* invertedTTLStates); ///< declared only; the poll does not emit it
     /// Every chunk received, before anything is made of it.
     void receivedDataFromDevice(QByteArray& data);
 

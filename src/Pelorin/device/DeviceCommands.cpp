@@ -101,12 +101,6 @@ int Device::Private::askNecselController(const char* key, QString& text)
     return told || updating ? DeviceResult::Ok : DeviceResult::MarkerMissing;
 }
 
-int Device::readProductConfig(ProductConfig& record)
-{
-    const int code = waitWhileBusy();
-    return code == DeviceResult::Ok ? d->ask("prod_config", Replies::productConfig, record) : code;
-}
-
 /// An empty command is one whose argument the device does not accept.
 int Device::Private::set(const QByteArray& command) const
 {

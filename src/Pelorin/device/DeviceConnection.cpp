@@ -50,12 +50,16 @@ void Device::Private::watchOpenPort(const QList<SerialPortEntry>& ports)
     }
     // A device that is being asked who it is has not answered yet; nor has one that changes its image.
     const bool answerDue = identifying > reopenAllowedAt || switchPending;
-    if (deviceMode == DeviceMode::NotIdentified && !answerDue)
-        line.close();
+    if (deviceMode != DeviceMode::NotIdentified || answerDue)
+        return;
+    line.close();
+    stayedPort = line.portName();
 }
 
 void Device::Private::openFirstIlluminator(const QList<SerialPortEntry>& ports)
 {
+    if (!SerialPorts::isListedIlluminator(ports, stayedPort))
+        stayedPort.clear();
     // An identification that has lost its port must come to its end first.
     if (line.isChanging() || identifying > reopenAllowedAt)
         return;
@@ -74,8 +78,19 @@ void Device::Private::openFirstIlluminator(const QList<SerialPortEntry>& ports)
         return;
     }
     portName = found->name;
+    countDevice(found->name);
     QS_INFO() << "Successfully opened device" << found->name;
     runConnectionSequence();
+}
+
+/// A device that was silent for a while, or left the bus to change its image, is still the same.
+void Device::Private::countDevice(const QString& openedPort)
+{
+    if (switching || stayedPort == openedPort)
+        return;
+    ++deviceNumber;
+    systemConfig.reset();
+    channelConfig.reset();
 }
 
 /// Ends early, and tells nobody, when the port closes meanwhile.

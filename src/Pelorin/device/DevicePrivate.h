@@ -7,13 +7,12 @@
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QList>
 #include <QTimer>
 
 #include <chrono>
 
-/// What the link keeps between calls, and the steps that its files share. Times are those of the protocol.
+/// What the link keeps between calls, and the steps that its files share.
 struct Device::Private
 {
     static constexpr std::chrono::milliseconds connectionInterval{1000};
@@ -25,8 +24,8 @@ struct Device::Private
     /// How an exchange of command and reply ended.
     enum class End { Answered, ShortWrite, TimedOut, Closed };
 
-    /// One wait for a reply. Waits may lie inside one another; whatever ends them ends them all, and each
-    /// keeps the chunk that ended it, as later ones may arrive before its turn to go on comes.
+    /// One wait for a reply. Waits may nest; whatever ends them ends them all, and each keeps the chunk that
+    /// ended it, as later ones may arrive before its turn to go on comes.
     struct ReplyWait
     {
         bool pending = true;
@@ -63,37 +62,40 @@ struct Device::Private
     explicit Private(Device& device);
 
     // DeviceTransport.cpp
-    /// Sleeps in the event loop for as long as `pending` says; something that wakes it must be running.
     template<typename Pending>
-    static void sleepWhile(Pending pending);
+    static void sleepWhile(Pending pending); ///< something that wakes the event loop must be running
     bool isLineBusy() const { return inTransaction || switchPending; }
     int startResponseTimer(std::chrono::milliseconds timeout);
     void stopResponseTimer(int turn);
     static void trace(const char* arrow, const QByteArray& bytes);
     End writeAndWait(const QByteArray& command, int timerTurn, QByteArray* reply);
+    void awaitReplyOfOthers() const;
     void endWaits(End end, const QByteArray& reply = {});
     void onReceived(const QByteArray& chunk);
     void onResponseTimeout();
     void onBusyTimeout();
     void onAboutToClose();
     void stopTimers();
-
-    // DeviceQueue.cpp
+    // DeviceQueue.cpp, DeviceCommands.cpp
     void enqueue(const QByteArray& command);
     int sendDirectly(const QByteArray& command);
     int sendQueued(const QByteArray& command);
-
-    // DeviceCommands.cpp
     template<typename Parser, typename Result>
     int ask(const char* command, Parser parser, Result& result);
     int set(const QByteArray& command) const;
     int askNecselController(const char* key, QString& text);
+
+    int awaitIdleLine() const; // DeviceRecords.cpp
+    int checkRecord(const char* question) const;
+    int writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const;
+    int readMemory(quint32 address, quint8* bytes, int size) const;
 
     // DeviceConnection.cpp, DeviceSwitch.cpp
     void setMode(DeviceMode mode);
     bool mayPoll() const;
     void watchOpenPort(const QList<SerialPortEntry>& ports);
     void openFirstIlluminator(const QList<SerialPortEntry>& ports);
+    void countDevice(const QString& openedPort);
     void runConnectionSequence();
     void identify();
     void identifyStoredImages();
@@ -131,6 +133,10 @@ struct Device::Private
     int reopenAllowedAt = 0;    ///< how many of them may run when the scan opens a port
     bool switching = false;     ///< goLoader() or goApp() runs
     bool switchPending = false; ///< and its command is not answered yet
+    int deviceNumber = 0;
+    QString stayedPort; ///< closed by the link itself, and listed ever since
+    std::optional<SystemConfigBytes> systemConfig;
+    std::optional<ChannelConfigBytes> channelConfig;
     Identity identity;
     PollState poll;
 };

@@ -21,9 +21,7 @@ int Device::Private::switchImage(const char* command)
     const QScopedValueRollback<bool> guard(switching, true);
     const QDeadlineTimer deadline(switchTimeout);
     const int closeCountBefore = closeCount;
-    // The answer to an earlier command would be taken for the new image's. Its time-out ends this.
-    sleepWhile(
-        [&] { return inTransaction && transactionTimer.isActive() && closeCount == closeCountBefore; });
+    awaitReplyOfOthers(); // which would be taken for the new image's
     if (closeCount != closeCountBefore)
         return DeviceResult::NotOpen;
     const int result = q->sendGoCommand(command);

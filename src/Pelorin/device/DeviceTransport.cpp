@@ -91,13 +91,23 @@ int Device::sendGoCommand(const char* text)
     return DeviceResult::NotOpen;
 }
 
+/// Ends with the reply, its time-out or the connection.
+void Device::Private::awaitReplyOfOthers() const
+{
+    const int closeCountBefore = closeCount;
+    sleepWhile(
+        [&] { return inTransaction && transactionTimer.isActive() && closeCount == closeCountBefore; });
+}
+
 int Device::waitWhileBusy()
 {
     if (!isOpen())
         return DeviceResult::NotOpen;
     // A queue that is being sent further up the stack cannot go on before this returns; to wait for it would
     // end in taking a healthy device for a silent one.
-    if (!d->waits.isEmpty() && !d->commandQueue.isEmpty())
+    // Where nothing is polled nothing drains the queue either; it waits for the application.
+    const auto isQueued = [this] { return d->mayPoll() && !d->commandQueue.isEmpty(); };
+    if (!d->waits.isEmpty() && isQueued())
         return DeviceResult::Busy;
     d->busyTimer.start(Private::busyTimeout);
     d->busyTimedOut = false;
@@ -106,9 +116,7 @@ int Device::waitWhileBusy()
     const QDeadlineTimer deadline(Private::busyTimeout);
     ++d->busyWaits;
     Private::sleepWhile([&] {
-        // Where nothing is polled nothing drains the queue either; it waits for the application.
-        const bool queued = d->mayPoll() && !d->commandQueue.isEmpty();
-        const bool busy = queued || d->isLineBusy();
+        const bool busy = isQueued() || d->isLineBusy();
         return busy && !d->busyTimedOut && !deadline.hasExpired() && closeCount == d->closeCount;
     });
     --d->busyWaits;
@@ -207,6 +215,7 @@ void Device::Private::onAboutToClose()
     transactionTimer.stop();
     endWaits(End::Closed);
     inTransaction = false;
+    stayedPort.clear();
     setMode(DeviceMode::NotIdentified);
     emit q->deviceDisconnected(portName);
 }

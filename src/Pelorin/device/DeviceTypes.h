@@ -58,6 +58,13 @@ struct ProductConfig
     QString novalumSerialNumber; ///< "novalum_sn"
 };
 
+/// The binary records that the device keeps. What lies in them is the editors' business; the link moves
+/// bytes.
+constexpr int systemConfigSize = 308;
+constexpr int channelConfigSize = 100;
+using SystemConfigBytes = std::array<quint8, systemConfigSize>;
+using ChannelConfigBytes = std::array<quint8, channelConfigSize>;
+
 /// Identity of the Necsel module's own controller; both texts are the device's.
 struct NecselControllerInfo
 {

@@ -1,0 +1,147 @@
+#include "device/DevicePrivate.h"
+#include "device/Records.h"
+#include "device/Replies.h"
+
+#include <algorithm>
+
+/// What is queued goes first, however long it takes: a mere wait for the poll to send it would take a slow
+/// device, or one whose poll rests, for a silent one.
+int Device::Private::awaitIdleLine() const
+{
+    if (switchPending)
+        return DeviceResult::Busy;
+    awaitReplyOfOthers();
+    if (mayPoll())
+        q->drainQueue();
+    return q->waitWhileBusy();
+}
+
+int Device::Private::checkRecord(const char* question) const
+{
+    QString reply;
+    const int code = q->transaction(QByteArray(question) + '\n', reply);
+    if (code != DeviceResult::Ok)
+        return code;
+    return Replies::isYes(reply) ? int(DeviceResult::Ok) : int(DeviceResult::RecordNotValid);
+}
+
+/// A record that was not written whole is not marked valid.
+int Device::Private::writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const
+{
+    awaitReplyOfOthers();
+    QString reply;
+    const QList<QByteArray> commands = Records::writeCommands(address, bytes, size);
+    for (const QByteArray& command : commands) {
+        const int code = q->transaction(command, reply);
+        if (code != DeviceResult::Ok)
+            return code;
+        if (!Records::tellsWrote(reply))
+            return DeviceResult::MarkerMissing;
+    }
+    return q->transaction(QByteArray(markValid) + '\n', reply);
+}
+
+int Device::Private::readMemory(quint32 address, quint8* bytes, int size) const
+{
+    for (int offset = 0; offset < size; offset += Records::readChunkSize) {
+        const int chunk = std::min(Records::readChunkSize, size - offset);
+        QString reply;
+        int code = q->transaction(Records::readCommand(address + static_cast<quint32>(offset), chunk), reply);
+        if (code == DeviceResult::Ok)
+            code = Records::bytesOf(reply, bytes + offset, chunk);
+        if (code != DeviceResult::Ok)
+            return code;
+    }
+    return DeviceResult::Ok;
+}
+
+int Device::readSystemConfig(quint8* buffer)
+{
+    if (!isOpen() || buffer == nullptr)
+        return DeviceResult::NotOpen;
+    int code = d->awaitIdleLine();
+    if (code == DeviceResult::Ok)
+        code = d->checkRecord("issysconfigvalid");
+    if (code != DeviceResult::Ok)
+        return code;
+    SystemConfigBytes record{};
+    code = d->readMemory(isVersionAboveConfigLimit() ? Records::systemConfigAddress
+                                                     : Records::olderSystemConfigAddress,
+                         record.data(), systemConfigSize);
+    if (code != DeviceResult::Ok)
+        return code;
+    d->systemConfig = record;
+    std::copy(record.begin(), record.end(), buffer);
+    return DeviceResult::Ok;
+}
+
+int Device::writeSystemConfig(const quint8* buffer)
+{
+    if (!isOpen() || buffer == nullptr)
+        return DeviceResult::NotOpen;
+    SystemConfigBytes record{};
+    std::copy_n(buffer, systemConfigSize, record.begin());
+    const int code =
+        d->writeRecord(Records::systemConfigAddress, record.data(), systemConfigSize, "setsysconfigvalid");
+    if (code == DeviceResult::Ok)
+        d->systemConfig = record;
+    return code;
+}
+
+int Device::readChannelConfig(quint8* buffer)
+{
+    if (!isOpen() || buffer == nullptr || d->awaitIdleLine() != DeviceResult::Ok)
+        return DeviceResult::NotOpen;
+    // Whatever keeps the device from confirming the record, it counts as not valid.
+    if (d->checkRecord("ischanconfigvalid") != DeviceResult::Ok)
+        return DeviceResult::RecordNotValid;
+    QString reply;
+    ChannelConfigBytes record{};
+    int code = transaction(QByteArrayLiteral("chan_config\n"), reply);
+    if (code == DeviceResult::Ok)
+        code = Records::bytesOf(reply, record.data(), channelConfigSize);
+    if (code != DeviceResult::Ok)
+        return code;
+    d->channelConfig = record;
+    std::copy(record.begin(), record.end(), buffer);
+    return DeviceResult::Ok;
+}
+
+int Device::writeChannelConfig(const quint8* buffer)
+{
+    if (!isOpen() || buffer == nullptr)
+        return DeviceResult::NotOpen;
+    ChannelConfigBytes record{};
+    std::copy_n(buffer, channelConfigSize, record.begin());
+    const int code =
+        d->writeRecord(Records::channelConfigAddress, record.data(), channelConfigSize, "setchanconfigvalid");
+    if (code == DeviceResult::Ok)
+        d->channelConfig = record;
+    return code;
+}
+
+int Device::readProductConfig(ProductConfig& record)
+{
+    int code = d->awaitIdleLine();
+    QString reply;
+    if (code == DeviceResult::Ok)
+        code = transaction(QByteArrayLiteral("prod_config\n"), reply);
+    return code == DeviceResult::Ok ? Replies::productConfig(reply, record) : code;
+}
+
+int Device::writeProductConfig(const ProductConfig& record)
+{
+    d->awaitReplyOfOthers();
+    QString reply;
+    return transaction(Records::writeProductConfig(record), reply);
+}
+
+const std::optional<SystemConfigBytes>& Device::knownSystemConfig() const
+{
+    return d->systemConfig;
+}
+
+const std::optional<ChannelConfigBytes>& Device::knownChannelConfig() const
+{
+    return d->channelConfig;
+}
