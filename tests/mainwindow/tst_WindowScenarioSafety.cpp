@@ -26,6 +26,9 @@ private slots:
     void closingWithoutADeviceIsKeptInMind();
     void notLoadedIntoTheLoader();
     void nothingIsAskedDuringAnUpdate();
+    void aScenarioOvertakesAClosing();
+    void whatTheInputsOpenedIsNotOpenedAgain();
+    void notSavedWhileItIsLoaded();
 };
 
 void tst_WindowScenarioSafety::polarityStaysUnderExternalControl()
@@ -117,6 +120,53 @@ void tst_WindowScenarioSafety::nothingIsAskedDuringAnUpdate()
     const Update::Run run(*m_window->update());
     const int asked = m_illuminator->bench().count("shutter?");
     QVERIFY(!QTest::qWaitFor([&] { return m_illuminator->bench().count("shutter?") > asked; }, 1000));
+}
+
+void tst_WindowScenarioSafety::aScenarioOvertakesAClosing()
+{
+    QVERIFY(keepScenario(QStringLiteral("first"), firstOpen));
+    QVERIFY(reportShutters(firstOpen));
+    m_illuminator->obeysShutters = false;
+    // Closed by hand, not reported yet, and wanted open after that.
+    QTest::mouseClick(Column(*m_window, 1).shutter, Qt::LeftButton);
+    load(QStringLiteral("first"));
+    QVERIFY(m_illuminator->waitForCommand("shutter:405=1"));
+    const QByteArrayList commands = m_illuminator->commands();
+    QVERIFY(commands.indexOf("shutter:405=0") >= 0);
+    QVERIFY(commands.indexOf("shutter:405=0") < commands.indexOf("shutter:405=1"));
+}
+
+void tst_WindowScenarioSafety::whatTheInputsOpenedIsNotOpenedAgain()
+{
+    m_window->onShutterControlChanged(0);
+    QVERIFY(m_illuminator->settle(*m_window));
+    QVERIFY(reportShutters({true, true, true, true, true, true, true, true}));
+    m_illuminator->bench().wire().unplug();
+    QTRY_VERIFY(!m_window->device()->isOpen());
+    m_window->onShutterControlChanged(1);
+    m_illuminator->clearCommands();
+    QVERIFY(m_illuminator->bench().wire().plug());
+    QVERIFY(m_illuminator->connectTo(*m_window));
+    QCOMPARE(m_illuminator->commands().count("shutter:405=0"), 1);
+    for (const QByteArray& command : m_illuminator->commands()) {
+        QVERIFY2(!command.startsWith("shutter:") || command.endsWith("=0"), command.constData());
+    }
+}
+
+void tst_WindowScenarioSafety::notSavedWhileItIsLoaded()
+{
+    QVERIFY(keepScenario(QStringLiteral("second"), secondOpen));
+    QVERIFY(reportShutters(firstOpen));
+    m_illuminator->obeysShutters = false;
+    load(QStringLiteral("second"));
+    QVERIFY(m_illuminator->waitForCommand("shutter:405=0"));
+    const int dialogs = m_dialogs->dialogs();
+    m_window->findChild<QAbstractButton*>(QStringLiteral("pushButtonSaveScenario"))->click();
+    QCOMPARE(statusText(*m_window), QStringLiteral("The scenario is still being loaded."));
+    QCOMPARE(m_dialogs->dialogs(), dialogs);
+    m_illuminator->obeysShutters = true;
+    m_illuminator->shutters = allClosed;
+    QTRY_COMPARE(m_illuminator->shutters, secondOpen);
 }
 
 QTEST_MAIN(tst_WindowScenarioSafety)

@@ -266,7 +266,6 @@ void tst_WindowScenarios::closesAnOpeningThatIsNotReportedYet()
 {
     QVERIFY(keepScenario(QStringLiteral("dark"), allClosed));
     // The settings dialog asks for the identity a second after connecting; that must be over.
-    QTRY_VERIFY(m_illuminator->bench().count("prod_config") >= 1);
     QVERIFY(m_illuminator->settle(*m_window));
     m_window->device()->setPolling(false);
     QTest::mouseClick(Column(*m_window, 1).shutter, Qt::LeftButton);

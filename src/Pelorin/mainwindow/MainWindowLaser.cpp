@@ -220,12 +220,14 @@ void PelorinMainWindow::sendEverything(const ShutterStates& states)
     }
 }
 
-/// The states are sent again on connecting; a shutter that was to be closed must not come back open because
-/// its report was lost with the connection.
+/// The states are sent again on connecting. A shutter that was to be closed must not come back open because its
+/// report was lost with the connection, nor one that the external inputs had opened because this computer got
+/// the control meanwhile.
 void PelorinMainWindow::keepClosingsInMind()
 {
+    const bool openedByInputs = m_choices.shutterControl != 1;
     for (int number = 1; number <= channelCount; ++number) {
-        if (m_panel->isClosingPending(number)) {
+        if (openedByInputs || m_panel->isClosingPending(number)) {
             emit channelShutterChanged(laser(number), false);
             m_panel->showShutter(number, false);
         }

@@ -66,6 +66,11 @@ ScenarioControl::ScenarioControl(QWidget& window, ScenarioHost& host, const Chan
 
 void ScenarioControl::save()
 {
+    // Half of it would be saved, and the openings that are still to come would be given up.
+    if (m_loading) {
+        m_host.showStatus(tr("The scenario is still being loaded."));
+        return;
+    }
     const QPointer<ScenarioControl> self(this);
     const QString name = askForName(m_window, ScenarioDialog::SaveMode, m_host.scenario());
     if (!self || name.isEmpty()) {
@@ -212,8 +217,9 @@ void ScenarioControl::openShutters()
     const QPointer<ScenarioControl> self(this);
     const QList<channel*> channels = m_host.scenario()->channels();
     for (channel* laser : channels) {
-        if (!m_values.at(laser->index()).shutterOpen || laser->isShutterOpen() ||
-            m_movedByHand.at(laser->index())) {
+        // Open for now only, where the operator's closing has not been reported yet.
+        const bool staysOpen = laser->isShutterOpen() && !m_panel.isClosingPending(laser->index() + 1);
+        if (!m_values.at(laser->index()).shutterOpen || staysOpen || m_movedByHand.at(laser->index())) {
             continue;
         }
         if (!laser->isVisible()) {

@@ -48,18 +48,18 @@ void putBack(QSettings& store, const QStringList& groups, const StoredKeys& keys
     }
 }
 
-/// The numbers (from 1) of the elements that are really there, in order. The length alone is not trusted: a
-/// damaged one would have the reader walk through millions of elements that nobody wrote.
+/// The numbers (from 1) of the elements that are really there, in order. The length beside them is not asked:
+/// a damaged one would hide scenarios and have the next one written over them, or have the reader walk through
+/// millions of elements that nobody wrote.
 std::vector<int> elementNumbers(QSettings& store)
 {
-    const int size = store.value(QLatin1String(arrayName) + QLatin1String("/size")).toInt();
     std::vector<int> numbers;
     store.beginGroup(QLatin1String(arrayName));
     const QStringList groups = store.childGroups();
     store.endGroup();
     for (const QString& group : groups) {
         const int number = group.toInt();
-        if (number >= 1 && number <= size) {
+        if (number >= 1) {
             numbers.push_back(number);
         }
     }
