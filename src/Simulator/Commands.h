@@ -17,7 +17,11 @@ struct Command
         Query, ///< asks only, and leaves the sleep timer alone
         Change,
     };
-    enum class Where { EveryImage, Application };
+    enum class Where {
+        EveryImage,
+        Application, ///< the other images keep quiet
+        Loader,      ///< the other images refuse
+    };
 
     /// The whole line; a key that ends in "=" or ":" is the line's beginning and the rest its argument.
     const char* key;

@@ -1,6 +1,10 @@
 #include "Simulator/CommandArguments.h"
 #include "Simulator/CommandInterpreter.h"
+#include "Simulator/RecordContents.h"
 #include "Simulator/SimulatedIlluminator.h"
+
+#include <algorithm>
+#include <array>
 
 // What happens in and at the illuminator.
 
@@ -136,6 +140,43 @@ Outcome controllerUpdate(CommandInterpreter& interpreter, const QStringList& wor
     return {};
 }
 
+struct RecordState
+{
+    const char* name;
+    QByteArray (*systemContents)(); ///< null: they stay as they are
+    QByteArray (*channelContents)();
+    bool valid;
+    bool isShort;
+};
+
+constexpr std::array<RecordState, 5> kRecordStates{{
+    {"invalid", nullptr, nullptr, false, false},
+    {"valid", nullptr, nullptr, true, false},
+    {"short", nullptr, nullptr, true, true},
+    {"odd", RecordContents::oddSystem, RecordContents::oddChannels, true, false},
+    {"factory", RecordContents::factorySystem, RecordContents::factoryChannels, true, false},
+}};
+
+Outcome record(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto isSystem = Arguments::choice(words.at(0), "system", "channel");
+    const auto* const state =
+        std::find_if(kRecordStates.begin(), kRecordStates.end(), [&words](const RecordState& candidate) {
+            return words.at(1) == QLatin1String(candidate.name);
+        });
+    if (!isSystem || state == kRecordStates.end()) {
+        return Outcome::badArgument(words.at(isSystem ? 1 : 0));
+    }
+    RecordMemory& records = interpreter.illuminator().model().records();
+    const auto which = *isSystem ? RecordMemory::Record::System : RecordMemory::Record::Channels;
+    if (auto* const contents = *isSystem ? state->systemContents : state->channelContents) {
+        records.setBytes(which, contents());
+    }
+    records.setValid(which, state->valid);
+    records.setShort(which, state->isShort);
+    return {};
+}
+
 Outcome powerCycle(CommandInterpreter& interpreter, const QStringList&)
 {
     interpreter.illuminator().powerCycle();
@@ -180,6 +221,8 @@ const std::vector<CommandInterpreter::Entry>& deviceCommands()
         {"checksum", "loader|application good|bad", "of what lies in that place", 2, 2, checksum},
         {"controller-update", "MS [next]", "reprograms the laser controller, now or after the next start", 1,
          2, controllerUpdate},
+        {"record", "system|channel STATE", "valid, invalid, short, odd, or factory for a good one", 2, 2,
+         record},
         {"power-cycle", "", "off and on again", 0, 0, powerCycle},
         {"speed", "FACTOR", "how fast the device's clock runs", 1, 1, speed},
         {"pass", "MS", "lets time of the device's clock pass at once", 1, 1, pass},

@@ -2,12 +2,24 @@
 
 #include "Simulator/Commands.h"
 
+#include <tuple>
 #include <utility>
 
 namespace Simulator {
 namespace {
 constexpr std::chrono::milliseconds kThinkTime{2};
 constexpr const char* kPowerOn = "Power-on reset";
+
+// The last versions that keep the configuration records in the older way. The loader updater goes by the
+// application's, in whose place it lies.
+constexpr Version kLastOlderLoader{1, 4, 6};
+constexpr Version kLastOlderApplication{2, 6, 2};
+
+bool isNewer(const Version& version, const Version& than)
+{
+    return std::tie(version.major, version.minor, version.patch) >
+           std::tie(than.major, than.minor, than.patch);
+}
 } // namespace
 
 IlluminatorModel::IlluminatorModel()
@@ -27,6 +39,8 @@ Reply IlluminatorModel::handle(const QByteArray& line)
         reply = Answers::kUnknown;
     } else if (command->where == Command::Where::Application && *m_running != Image::Application) {
         return {}; // the loader and its updater know nothing of lasers and keep quiet about them
+    } else if (command->where == Command::Where::Loader && *m_running != Image::Loader) {
+        reply = Answers::kRefused;
     } else {
         if (command->kind == Command::Kind::Change) {
             m_lasers.hostWasActive();
@@ -57,6 +71,14 @@ double IlluminatorModel::lightPercent() const
         }
     }
     return sum;
+}
+
+RecordMemory::Layout IlluminatorModel::recordLayout() const
+{
+    const Image image = m_running.value_or(Image::Loader);
+    const Version& lastOlder = image == Image::Loader ? kLastOlderLoader : kLastOlderApplication;
+    return isNewer(m_firmware.version(image), lastOlder) ? RecordMemory::Layout::Newer
+                                                         : RecordMemory::Layout::Older;
 }
 
 QList<QByteArray> IlluminatorModel::takeMessages()

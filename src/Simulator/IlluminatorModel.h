@@ -6,6 +6,7 @@
 #include "Simulator/LaserHead.h"
 #include "Simulator/ModelTypes.h"
 #include "Simulator/ProductData.h"
+#include "Simulator/RecordMemory.h"
 
 #include <QByteArray>
 #include <QList>
@@ -48,6 +49,10 @@ public:
     LaserController& controller() { return m_controller; }
     const LaserController& controller() const { return m_controller; }
     ProductData& product() { return m_product; }
+    RecordMemory& records() { return m_records; }
+    const RecordMemory& records() const { return m_records; }
+    /// How the running image sees the records; the newer way came with loader 1.4.7 and application 2.6.3.
+    RecordMemory::Layout recordLayout() const;
     Readings readings() const { return m_climate.readings(); }
 
     /// Whether the device starts anew, as a new port, when its laser controller has been reprogrammed. It is
@@ -61,6 +66,7 @@ private:
     LaserHead m_lasers;
     LaserController m_controller;
     ProductData m_product;
+    RecordMemory m_records;
     Climate m_climate;
     std::optional<Image> m_running;
     QByteArray m_resetCause;

@@ -64,10 +64,9 @@ void tst_IlluminatorModel::answersQueries_data()
     row("reset_cause", "Test\n");
     row("necsel_controller_ver", "necsel_controller_ver=3.4.1\n");
     row("necsel_controller_sn", "necsel_controller_sn=NLC-20417\n");
-    row("issysconfigvalid", "No\n");
-    row("ischanconfigvalid", "No\n");
-    row("chan_config", "refused\n");
-    row("rf: 8388708 128", "refused\n");
+    row("issysconfigvalid", "Yes\n");
+    row("ischanconfigvalid", "Yes\n");
+    row("rf: 0 1", "refused\n");
     row("prod_config", "prod_config:vyr_hw_ver=1.2.0,vyr_pn=VYR-8-0001,vyr_sn=VYR-00042,"
                        "necsel_laser_sn=NLM-10731,novalum_sn=NOV-55018\n");
     row("  f_mode?  ", "f_mode=idle\n");
@@ -136,9 +135,9 @@ void tst_IlluminatorModel::carriesOutCommands_data()
     row("sh_mode=both", "refused\n", "shutter?", kAllShut);
     row("speckle=off", "done\n", "fault?", "ok\n");
     row("speckle=maybe", "refused\n", "fault?", "ok\n");
-    row("setsysconfigvalid", "refused\n", "issysconfigvalid", "No\n");
-    row("setchanconfigvalid", "refused\n", "ischanconfigvalid", "No\n");
-    row("wf:S205800064ff17", "refused\n", "issysconfigvalid", "No\n");
+    row("setsysconfigvalid", "refused\n", "issysconfigvalid", "Yes\n");
+    row("setchanconfigvalid", "refused\n", "ischanconfigvalid", "Yes\n");
+    row("wf:S205800064ff17", "refused\n", "issysconfigvalid", "Yes\n");
 }
 
 void tst_IlluminatorModel::carriesOutCommands()
@@ -221,14 +220,9 @@ void tst_IlluminatorModel::loadersAnswerForThemselves_data()
         row(image, "reset_cause", "Test\n");
         row(image, "necsel_controller_ver", "necsel_controller_ver=3.4.1\n");
         row(image, "necsel_controller_sn", "necsel_controller_sn=NLC-20417\n");
-        row(image, "issysconfigvalid", "No\n");
-        row(image, "ischanconfigvalid", "No\n");
-        row(image, "setsysconfigvalid", "refused\n");
-        row(image, "setchanconfigvalid", "refused\n");
-        row(image, "chan_config", "refused\n");
+        row(image, "issysconfigvalid", "Yes\n");
         row(image, "rf: 0 1", "refused\n");
         row(image, "wf:S0", "refused\n");
-        row(image, "prod_config:vyr_sn=X", "done\n");
         row(image, "bogus", "?\n");
     }
 }
@@ -276,12 +270,13 @@ void tst_IlluminatorModel::survivesAnyLine()
 void tst_IlluminatorModel::productDataIsKept()
 {
     IlluminatorModel model = warmModel();
+    model.boot(Image::Loader, "Test");
     QCOMPARE(ask(model, "prod_config:vyr_hw_ver=3.0.1,vyr_pn=P,vyr_sn=S=1,necsel_laser_sn=,novalum_sn=N"),
              QByteArray("done\n"));
     QCOMPARE(ask(model, "prod_config"),
              QByteArray("prod_config:vyr_hw_ver=3.0.1,vyr_pn=P,vyr_sn=S=1,necsel_laser_sn=,novalum_sn=N\n"));
-    model.boot(Image::Loader, "Test"); // another image finds the same
     QCOMPARE(ask(model, "prod_config:vyr_pn=Q"), QByteArray("done\n"));
+    model.boot(Image::Application, "Test"); // another image finds the same
     QVERIFY(ask(model, "prod_config").contains("vyr_hw_ver=3.0.1,vyr_pn=Q,"));
 }
 
@@ -298,6 +293,7 @@ void tst_IlluminatorModel::productDataRefusesWhatItDoesNotKnow()
 {
     QFETCH(QByteArray, items);
     IlluminatorModel model = warmModel();
+    model.boot(Image::Loader, "Test");
     const QByteArray before = ask(model, "prod_config");
     QCOMPARE(ask(model, "prod_config:" + items), QByteArray("refused\n"));
     QCOMPARE(ask(model, "prod_config"), before);
