@@ -105,7 +105,7 @@ std::optional<Simulator::Answer> FakeIlluminator::answer(const QByteArray& line)
     if (line.isEmpty()) {
         return std::nullopt;
     }
-    return Simulator::Answer{reply(line) + '\n', thinkTime};
+    return answerTo(line);
 }
 
 QByteArray FakeIlluminator::reply(const QByteArray& line)

@@ -77,6 +77,8 @@ public:
     QList<QByteArray> commands() const;
     void clearCommands() { m_bench.clearReceived(); }
     bool waitForCommand(const QByteArray& line) const;
+    /// For a responder that puts itself in front of this one.
+    Simulator::Answer answerTo(const QByteArray& line) { return {reply(line) + '\n', thinkTime}; }
 
 private:
     std::optional<Simulator::Answer> answer(const QByteArray& line);

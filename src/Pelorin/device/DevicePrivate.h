@@ -69,7 +69,7 @@ struct Device::Private
     void stopResponseTimer(int turn);
     static void trace(const char* arrow, const QByteArray& bytes);
     End writeAndWait(const QByteArray& command, int timerTurn, QByteArray* reply);
-    void awaitReplyOfOthers() const;
+    bool awaitReplyOfOthers() const;
     void endWaits(End end, const QByteArray& reply = {});
     void onReceived(const QByteArray& chunk);
     void onResponseTimeout();

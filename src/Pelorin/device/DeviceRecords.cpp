@@ -10,7 +10,8 @@ int Device::Private::awaitIdleLine() const
 {
     if (switchPending)
         return DeviceResult::Busy;
-    awaitReplyOfOthers();
+    if (!awaitReplyOfOthers())
+        return DeviceResult::NotOpen;
     if (mayPoll())
         q->drainQueue();
     return q->waitWhileBusy();
@@ -28,7 +29,8 @@ int Device::Private::checkRecord(const char* question) const
 /// A record that was not written whole is not marked valid.
 int Device::Private::writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const
 {
-    awaitReplyOfOthers();
+    if (!awaitReplyOfOthers())
+        return DeviceResult::NotOpen;
     QString reply;
     const QList<QByteArray> commands = Records::writeCommands(address, bytes, size);
     for (const QByteArray& command : commands) {
@@ -131,7 +133,8 @@ int Device::readProductConfig(ProductConfig& record)
 
 int Device::writeProductConfig(const ProductConfig& record)
 {
-    d->awaitReplyOfOthers();
+    if (!d->awaitReplyOfOthers())
+        return DeviceResult::NotOpen;
     QString reply;
     return transaction(Records::writeProductConfig(record), reply);
 }

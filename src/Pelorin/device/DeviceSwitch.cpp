@@ -21,8 +21,8 @@ int Device::Private::switchImage(const char* command)
     const QScopedValueRollback<bool> guard(switching, true);
     const QDeadlineTimer deadline(switchTimeout);
     const int closeCountBefore = closeCount;
-    awaitReplyOfOthers(); // which would be taken for the new image's
-    if (closeCount != closeCountBefore)
+    // It would be taken for the new image's.
+    if (!awaitReplyOfOthers())
         return DeviceResult::NotOpen;
     const int result = q->sendGoCommand(command);
     if (closeCount != closeCountBefore)

@@ -91,12 +91,14 @@ int Device::sendGoCommand(const char* text)
     return DeviceResult::NotOpen;
 }
 
-/// Ends with the reply, its time-out or the connection.
-void Device::Private::awaitReplyOfOthers() const
+/// Ends with the reply, its time-out or the connection; false when it is the connection that has ended, as
+/// there may be another one by then.
+bool Device::Private::awaitReplyOfOthers() const
 {
     const int closeCountBefore = closeCount;
     sleepWhile(
         [&] { return inTransaction && transactionTimer.isActive() && closeCount == closeCountBefore; });
+    return closeCount == closeCountBefore;
 }
 
 int Device::waitWhileBusy()

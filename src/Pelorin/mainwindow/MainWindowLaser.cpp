@@ -220,9 +220,9 @@ void PelorinMainWindow::sendEverything(const ShutterStates& states)
     }
 }
 
-/// The states are sent again on connecting. A shutter that was to be closed must not come back open because its
-/// report was lost with the connection, nor one that the external inputs had opened because this computer got
-/// the control meanwhile.
+/// The states are sent again on connecting. A shutter that was to be closed must not come back open because
+/// its report was lost with the connection, nor one that the external inputs had opened because this computer
+/// got the control meanwhile.
 void PelorinMainWindow::keepClosingsInMind()
 {
     const bool openedByInputs = m_choices.shutterControl != 1;

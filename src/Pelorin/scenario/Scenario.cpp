@@ -49,8 +49,8 @@ void putBack(QSettings& store, const QStringList& groups, const StoredKeys& keys
 }
 
 /// The numbers (from 1) of the elements that are really there, in order. The length beside them is not asked:
-/// a damaged one would hide scenarios and have the next one written over them, or have the reader walk through
-/// millions of elements that nobody wrote.
+/// a damaged one would hide scenarios and have the next one written over them, or have the reader walk
+/// through millions of elements that nobody wrote.
 std::vector<int> elementNumbers(QSettings& store)
 {
     std::vector<int> numbers;

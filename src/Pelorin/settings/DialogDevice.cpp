@@ -7,7 +7,6 @@
 #include "settings/ServicePage.h"
 #include "settings/SettingsDialog.h"
 #include "settings/SystemConfigPage.h"
-#include "settings/SystemInfoPage.h"
 #include "settings/ThreeTries.h"
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
@@ -32,14 +31,19 @@ void SettingsDialog::receivedDataFromDevice(QByteArray& bytes)
 
 void SettingsDialog::onDeviceConnected(const QString& portName)
 {
+    // Who heard of it before may have lost the device meanwhile, which was told then.
+    if (m_device && m_device->portName() == portName && !m_device->isOpen()) {
+        return;
+    }
     m_ports->showConnected(portName);
     m_service->showRunning();
     if (isUpdating()) {
         return;
     }
-    m_identityReader->startLater();
     m_hoursKnown = false;
-    m_hoursReader->start();
+    m_readingsAnswered = true;
+    m_recordReader->start();
+    m_identityReader->startLater();
 }
 
 void SettingsDialog::onDeviceDisconnected(const QString& portName)
@@ -76,6 +80,19 @@ void SettingsDialog::letPollingFollow(const QWidget* page)
     }
 }
 
+/// In the order in which the pages are to be filled; the hours have tries of their own.
+bool SettingsDialog::readWhatIsKept()
+{
+    const QPointer<SettingsDialog> self(this);
+    if (!readSystemConfig() || !self || !readChannelConfig()) {
+        return false;
+    }
+    if (self) {
+        m_hoursReader->start();
+    }
+    return true;
+}
+
 bool SettingsDialog::readHours()
 {
     if (!mayRead() || !m_device->isApplicationConnected()) {
@@ -83,41 +100,14 @@ bool SettingsDialog::readHours()
     }
     const QPointer<SettingsDialog> self(this);
     OperatingHours hours{};
-    if (m_device->getHours(hours) != DeviceResult::Ok) {
+    // Tries that meet a poll would meet another one a second later, and so for ever.
+    const int code = m_device->waitWhileBusy();
+    if (code != DeviceResult::Ok || !self || !m_device || m_device->getHours(hours) != DeviceResult::Ok) {
         return false;
     }
     if (self) {
         m_hoursKnown = true;
         m_operatingInfo->showHours(hours);
-    }
-    return true;
-}
-
-void SettingsDialog::UpdateProductConfigDisplay()
-{
-    m_identityReader->start();
-}
-
-bool SettingsDialog::readIdentity()
-{
-    if (!mayRead()) {
-        return true;
-    }
-    const ImageVersion& running = m_device->runningVersion();
-    m_systemInfo->showFirmware(running.kind.isEmpty() ? QString() : running.version.toString());
-    m_systemInfo->showController(m_device->necselController());
-    const QPointer<SettingsDialog> self(this);
-    ProductConfig product;
-    if (m_device->readProductConfig(product) != DeviceResult::Ok) {
-        return false;
-    }
-    if (!self) {
-        return true;
-    }
-    m_systemInfo->showProduct(product);
-    // Right after connecting the line is full of settings; now that it has an answer, it has another.
-    if (!m_hoursKnown) {
-        m_hoursReader->start();
     }
     return true;
 }
@@ -129,13 +119,29 @@ void SettingsDialog::pollDevice()
     }
     const int index = m_ui->tabWidget->currentIndex();
     if (m_ui->tabWidget->tabText(index) == tr("System Config")) {
-        const QPointer<SettingsDialog> self(this);
-        Temperatures readings;
-        if (m_device->getTemperatures(readings) == DeviceResult::Ok && self) {
-            m_systemConfig->showReadings(readings);
-        }
+        readReadings();
     } else if (m_ui->tabWidget->currentWidget() == m_ui->tabServiceDevelopment) {
         // The poll, which does this otherwise, rests; the main window's commands must not wait for ever.
         m_device->drainQueue();
     }
+}
+
+void SettingsDialog::readReadings()
+{
+    if (!m_readingsAnswered) {
+        return;
+    }
+    const QPointer<SettingsDialog> self(this);
+    Temperatures readings;
+    const int code = m_device->getTemperatures(readings);
+    if (!self) {
+        return;
+    }
+    if (code == DeviceResult::Ok) {
+        m_systemConfig->showReadings(readings);
+    }
+    // A loader that keeps quiet would have the line taken for most of the time, and the editor's transfers
+    // would have to wait for it.
+    const bool isLoader = m_device && m_device->deviceMode() == DeviceMode::Loader;
+    m_readingsAnswered = code != DeviceResult::NoReply || !isLoader;
 }

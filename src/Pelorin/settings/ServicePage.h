@@ -28,6 +28,8 @@ public:
     void switchImage();
     /// Tells what runs now, unless a switch has not come to its end.
     void showRunning();
+    /// A switch has not come to its end.
+    bool isSwitching() const { return m_switching; }
 
 private:
     bool mayCommand() const;

@@ -3,6 +3,7 @@
 #include "device/Device.h"
 #include "help/Help.h"
 #include "mainwindow/channel.h"
+#include "settings/ChannelConfigTable.h"
 #include "settings/Console.h"
 #include "settings/ControlModePage.h"
 #include "settings/OperatingChoices.h"
@@ -11,16 +12,17 @@
 #include "settings/ServicePage.h"
 #include "settings/SystemConfigPage.h"
 #include "settings/SystemInfoPage.h"
+#include "settings/TellUser.h"
 #include "settings/ThreeTries.h"
 #include "settings/TtlPage.h"
 #include "settings/WheelGuard.h"
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
 
-#include <QMessageBox>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QSettings>
+#include <QShortcut>
 #include <QShowEvent>
 
 #include <chrono>
@@ -42,7 +44,9 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     m_service = new ServicePage(*this, device, update);
     m_hoursReader = new ThreeTries([this] { return readHours(); }, this);
     m_identityReader = new ThreeTries([this] { return readIdentity(); }, this);
+    m_recordReader = new ThreeTries([this] { return readWhatIsKept(); }, this);
     m_systemInfo = std::make_unique<SystemInfoPage>(*this);
+    m_channelConfig = std::make_unique<ChannelConfigTable>(*this);
     m_systemConfig = std::make_unique<SystemConfigPage>(*this);
     m_operatingInfo = std::make_unique<OperatingInfoPage>(*this);
     m_controlMode = std::make_unique<ControlModePage>(*this);
@@ -52,6 +56,8 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     auto* wheelGuard = new WheelGuard(this);
     m_ui->comboBoxComPort->installEventFilter(wheelGuard);
     m_ui->spinBoxSleepTimer->installEventFilter(wheelGuard);
+    connect(new QShortcut(QKeySequence::Paste, this), &QShortcut::activated, this,
+            &SettingsDialog::pasteData);
     // The keyboard changes tabs without clicking on one.
     connect(m_ui->tabWidget, &QTabWidget::currentChanged, this, [this](int index) {
         if (isVisible() && !m_suppressed) {
@@ -260,15 +266,9 @@ void SettingsDialog::on_pushButtonSystemReset2_clicked()
 
 void SettingsDialog::on_pushButtonUpdateApplication_clicked()
 {
-    // On the heap and watched: the dialog may go while the box is open, and would take the box along.
-    const QPointer<QMessageBox> box(new QMessageBox(
-        QMessageBox::Information, QString(),
-        tr("This program is updated by installing a newer package of it. Close the program before, and start "
-           "it again afterwards; its settings and those of the device are kept."),
-        QMessageBox::Ok, this));
-    box->setTextFormat(Qt::PlainText);
-    box->exec();
-    delete box;
+    tellUser(this, QMessageBox::Information,
+             tr("This program is updated by installing a newer package of it. Close the program before, and "
+                "start it again afterwards; its settings and those of the device are kept."));
 }
 
 void SettingsDialog::on_SettingsDialog_finished(int result)

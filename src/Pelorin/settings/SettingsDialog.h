@@ -2,7 +2,6 @@
 
 #include "settings/TtlChoiceSlots.h"
 
-#include <QByteArray>
 #include <QList>
 #include <QPointer>
 #include <QString>
@@ -10,6 +9,7 @@
 
 #include <memory>
 
+class ChannelConfigTable;
 class Console;
 class ControlModePage;
 class Device;
@@ -30,27 +30,24 @@ class SettingsDialog;
 }
 
 /// The dialog "System Info & Settings". It tells the user's choices through its signals only; the main window
-/// carries them out and keeps them. It sends by itself nothing but the service commands and the queries that
-/// fill its pages, and neither while a firmware update has the line. It borrows the link, the update and the
-/// store, and notices when the link or the update goes.
+/// carries them out and keeps them. It sends by itself nothing but the service commands, the records and the
+/// queries that fill its pages, and none while a firmware update has the line. It borrows the link, the
+/// update and the store, and notices when the link or the update goes.
 class SettingsDialog : public TtlChoiceSlots
 {
     Q_OBJECT
 
 public:
-    /// @p versionString is the program's version as the title shows it, with its leading blank.
+    /// @p versionString is the program's version as the title shows it.
     SettingsDialog(QWidget* parent, Device* device, Update* update, QSettings* store, bool diagnostic,
                    const QString& versionString);
     ~SettingsDialog() override;
-
-    SettingsDialog(const SettingsDialog&) = delete;
-    SettingsDialog& operator=(const SettingsDialog&) = delete;
+    Q_DISABLE_COPY_MOVE(SettingsDialog)
 
     /// Shows what is for service staff only, or takes it away: the tabs of the system configuration and of
     /// service and development, the channel table, and the editing of the identity.
     void setServiceLevel(bool service);
-    /// The terminal of the service tab; it exists at either level.
-    Console* console() const;
+    Console* console() const; ///< of the service tab; it exists at either level
     /// Sets the widgets of the control modes, the sleep timer, the despeckler and the logging; emits nothing.
     void showChoices(const OperatingChoices& choices);
     /// Sets the TTL choices of the first seven channels, and of the eighth where there is one; emits nothing.
@@ -60,12 +57,14 @@ public slots:
     void receivedDataFromDevice(QByteArray& bytes);
     void onDeviceConnected(const QString& portName);
     void onDeviceDisconnected(const QString& portName);
-    /// Accepted and ignored: the polarities shown are the ones this program set.
-    void onInvertedTTLStateChanged(const bool* invertedTTLStates);
+    void onInvertedTTLStateChanged(const bool* invertedTTLStates); ///< ignored: those set here are shown
     /// Reads the unit's identity into its fields: up to three tries, a second apart.
     void UpdateProductConfigDisplay();
     /// Reads what the page in front shows live; the dialog's timer calls it once a second.
     void pollDevice();
+    /// Writes the cells of the system configuration into a calibration file: the one that the user chooses
+    /// where @p promptForFileSave, else @p pathName. Tells nothing when that fails.
+    void saveSystemConfigData(QString pathName, bool promptForFileSave);
 
 signals:
     void comPortChanged(const QString& portName);
@@ -98,6 +97,16 @@ private slots:
     void on_pushButtonSystemReset_clicked();
     void on_pushButtonSystemReset2_clicked();
     void on_checkBoxEnhancedDiags_clicked(bool checked);
+    void on_pushButtonGetSystemConfigData_clicked();
+    void on_pushButtonSetSystemConfigData_clicked();
+    void on_pushButtonLoadSystemConfigData_clicked();
+    void on_pushButtonSaveSystemConfigData_clicked();
+    void pasteData();
+    void on_channelEnabledCheckboxClicked(bool enabled);
+    void on_channelTypeIndexChanged(int index);
+    void on_secondaryChannelCheckboxClicked(bool secondary);
+    void on_primaryChannelIndexChanged(int index);
+    void on_pushButtonSetProductConfigData_clicked();
     void on_tabWidget_tabBarClicked(int index);
     void on_SettingsDialog_finished(int result);
 
@@ -108,11 +117,14 @@ private:
     void chooseDespeckler(quint8 mode);
     void showWhoControls();
     void setTabPresent(QWidget* page, const QString& caption, int position, bool present);
-    /// Polling would mix its replies into what service staff type by hand.
-    void letPollingFollow(const QWidget* page);
+    void letPollingFollow(const QWidget* page); ///< its replies would mix into what is typed by hand
     void listPorts();
+    void readReadings();
+    bool readWhatIsKept(); // these return true when no further try is wanted
     bool readHours();
     bool readIdentity();
+    bool readSystemConfig();
+    bool readChannelConfig();
     bool isUpdating() const;
     bool mayRead() const; ///< the device is there, and nobody has it for himself
 
@@ -120,17 +132,19 @@ private:
     QPointer<Device> m_device;
     QPointer<Update> m_update;
     QSettings* m_store;
-    // Children of the dialog
-    PortChooser* m_ports;
+    PortChooser* m_ports; // these five are children of the dialog
     ServicePage* m_service;
     ThreeTries* m_hoursReader;
     ThreeTries* m_identityReader;
+    ThreeTries* m_recordReader;
     std::unique_ptr<SystemInfoPage> m_systemInfo;
+    std::unique_ptr<ChannelConfigTable> m_channelConfig;
     std::unique_ptr<SystemConfigPage> m_systemConfig;
     std::unique_ptr<OperatingInfoPage> m_operatingInfo;
     std::unique_ptr<ControlModePage> m_controlMode;
     std::unique_ptr<TtlPage> m_ttl;
     QTimer m_pollTimer;
-    bool m_hoursKnown = false; ///< since the device was connected
-    bool m_suppressed = false; ///< the dialog sets its own widgets, which is nobody's choice
+    bool m_hoursKnown = false;      ///< since the device was connected
+    bool m_readingsAnswered = true; ///< by the image that runs
+    bool m_suppressed = false;      ///< the dialog sets its own widgets, which is nobody's choice
 };

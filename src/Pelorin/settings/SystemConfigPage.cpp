@@ -3,46 +3,210 @@
 #include "device/DeviceTypes.h"
 #include "settings/FormWidgets.h"
 
-#include <QCoreApplication>
+#include <QAbstractItemDelegate>
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTableWidget>
 
 #include <algorithm>
 
 namespace {
-QString tr(const char* text)
+/// The width of the table's row labels, with what frames them.
+int labelWidth(const QTableWidget& table, const QFontMetrics& metrics)
 {
-    return QCoreApplication::translate("SystemConfigPage", text);
+    constexpr int frameWidth = 14;
+    int width = 0;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        const QString label = table.model()->headerData(row, Qt::Vertical).toString();
+        width = std::max(width, metrics.horizontalAdvance(label) + frameWidth);
+    }
+    return width;
 }
-/// The form's widths are pixels; with larger type a calibration value would not fit its cell.
-void fitToFont(QTableWidget& table)
+
+/// The form's widths are pixels; with larger type a value would not fit its cell. What the columns need more
+/// is taken from the row labels where these have it to spare, so that the page need not be scrolled.
+void fitToFont(QTableWidget& table, const QString& widestValue)
 {
-    constexpr int horizontalPadding = 14;
+    constexpr int horizontalPadding = 8;
     constexpr int verticalPadding = 6;
+    table.ensurePolished();
     const QFontMetrics metrics = table.fontMetrics();
     QHeaderView* const columns = table.horizontalHeader();
-    columns->setDefaultSectionSize(
-        std::max(columns->defaultSectionSize(),
-                 metrics.horizontalAdvance(QStringLiteral("-32768")) + horizontalPadding));
     QHeaderView* const rows = table.verticalHeader();
+    const int wider =
+        metrics.horizontalAdvance(widestValue) + horizontalPadding - columns->defaultSectionSize();
+    if (wider > 0) {
+        columns->setDefaultSectionSize(columns->defaultSectionSize() + wider);
+        rows->setFixedWidth(
+            std::max(labelWidth(table, metrics), rows->sizeHint().width() - wider * table.columnCount()));
+    }
     rows->setDefaultSectionSize(std::max(rows->defaultSectionSize(), metrics.height() + verticalPadding));
+}
+
+/// The open editor of the table's current cell; null where nothing is being typed.
+QWidget* editorOf(const QTableWidget& table)
+{
+    return table.indexWidget(table.currentIndex());
 }
 } // namespace
 
-SystemConfigPage::SystemConfigPage(const QWidget& dialog)
-    : m_necselTemperature(formWidget<QLabel>(dialog, "labelNecselTemp")),
+SystemConfigPage::Transfer::Transfer(SystemConfigPage& page) : m_page(&page)
+{
+    if (m_page->m_transfers++ == 0) {
+        m_page->setButtonsEnabled(false);
+    }
+}
+
+SystemConfigPage::Transfer::~Transfer()
+{
+    if (m_page && --m_page->m_transfers == 0) {
+        m_page->setButtonsEnabled(true);
+    }
+}
+
+SystemConfigPage::SystemConfigPage(QWidget& dialog)
+    : m_dialog(dialog), m_tabs(formWidget<QTabWidget>(dialog, "tabWidget")->tabBar()),
+      m_tables{formWidget<QTableWidget>(dialog, "tableWidgetNecselParams"),
+               formWidget<QTableWidget>(dialog, "tableWidgetFanParams"),
+               formWidget<QTableWidget>(dialog, "tableWidgetHeaterParams"),
+               formWidget<QTableWidget>(dialog, "tableWidgetJigglerSpeed"),
+               formWidget<QTableWidget>(dialog, "tableWidgetNovalumParams"),
+               formWidget<QTableWidget>(dialog, "tableWidgetNovalumParams2")},
+      m_necselTemperature(formWidget<QLabel>(dialog, "labelNecselTemp")),
       m_necselCurrent(formWidget<QLabel>(dialog, "labelNecselCurrent")),
       m_novalumTemperature1(formWidget<QLabel>(dialog, "labelNovalumTempS1")),
       m_novalumTemperature2(formWidget<QLabel>(dialog, "labelNovalumTempS2")),
       m_laserFan(formWidget<QLabel>(dialog, "labelLaserFan")),
       m_heater(formWidget<QLabel>(dialog, "labelHeater"))
 {
-    for (const char* name :
-         {"tableWidgetNecselParams", "tableWidgetFanParams", "tableWidgetHeaterParams",
-          "tableWidgetJigglerSpeed", "tableWidgetNovalumParams", "tableWidgetNovalumParams2"}) {
-        fitToFont(*formWidget<QTableWidget>(dialog, name));
+    for (const char* name : {"pushButtonGetSystemConfigData", "pushButtonSetSystemConfigData",
+                             "pushButtonLoadSystemConfigData", "pushButtonSaveSystemConfigData"}) {
+        m_buttons.append(formWidget<QPushButton>(dialog, name));
+    }
+    for (QTableWidget* table : m_tables) {
+        const bool wholeNumbers = table == &this->table(ConfigTable::Novalum);
+        fitToFont(*table, wholeNumbers ? QStringLiteral("-32768") : QStringLiteral("-1.23457e-05"));
+        connect(table, &QTableWidget::itemChanged, this, [this] { ++m_changeCount; });
+    }
+}
+
+QTableWidget& SystemConfigPage::table(ConfigTable which) const
+{
+    return *m_tables.at(static_cast<std::size_t>(which));
+}
+
+QTableWidgetItem* SystemConfigPage::item(const ConfigCell& cell) const
+{
+    return table(cell.table).item(cell.row, cell.column);
+}
+
+SystemConfigTexts SystemConfigPage::texts() const
+{
+    SystemConfigTexts texts;
+    std::transform(systemConfigFields().begin(), systemConfigFields().end(), texts.begin(),
+                   [this](const SystemConfigField& field) { return item(field.cell)->text(); });
+    return texts;
+}
+
+QStringList SystemConfigPage::novalumHeaders() const
+{
+    QStringList headers;
+    for (int column = 0; column < novalumChannelCount; ++column) {
+        headers.append(table(ConfigTable::Novalum).horizontalHeaderItem(column)->text());
+    }
+    return headers;
+}
+
+void SystemConfigPage::fill(const SystemConfigTexts& texts)
+{
+    dropTyping();
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        item(systemConfigFields().at(i).cell)->setText(texts.at(i));
+    }
+}
+
+void SystemConfigPage::show(const SystemConfigTexts& texts)
+{
+    fill(texts);
+    // Loaded is loaded, even where a cell already showed the same by chance.
+    ++m_changeCount;
+}
+
+void SystemConfigPage::showFromDevice(const SystemConfigTexts& texts)
+{
+    fill(texts);
+    markKept(m_changeCount);
+}
+
+void SystemConfigPage::pasteNovalum(const NovalumBlock& block)
+{
+    dropTyping();
+    QTableWidget& novalum = table(ConfigTable::Novalum);
+    for (int row = 0; row < novalumRowCount; ++row) {
+        for (int column = 0; column < novalumChannelCount; ++column) {
+            const int value = block.at(static_cast<std::size_t>(row)).at(static_cast<std::size_t>(column));
+            novalum.setItem(row, column, new QTableWidgetItem(QString::number(value)));
+        }
+    }
+}
+
+void SystemConfigPage::finishTyping()
+{
+    for (const QTableWidget* table : m_tables) {
+        if (QWidget* const editor = editorOf(*table)) {
+            QAbstractItemDelegate* const delegate = table->itemDelegate();
+            emit delegate->commitData(editor);
+            emit delegate->closeEditor(editor);
+        }
+    }
+}
+
+void SystemConfigPage::dropTyping()
+{
+    for (const QTableWidget* table : m_tables) {
+        if (QWidget* const editor = editorOf(*table)) {
+            emit table->itemDelegate()->closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
+        }
+    }
+}
+
+bool SystemConfigPage::isChanged() const
+{
+    const bool typing = std::any_of(m_tables.begin(), m_tables.end(),
+                                    [](const QTableWidget* table) { return editorOf(*table) != nullptr; });
+    return typing || m_changeCount != m_keptCount;
+}
+
+void SystemConfigPage::belongTo(int deviceNumber)
+{
+    if (m_deviceNumber != deviceNumber) {
+        m_deviceNumber = deviceNumber;
+        dropTyping();
+        markKept(m_changeCount);
+    }
+}
+
+void SystemConfigPage::setButtonsEnabled(bool enabled)
+{
+    if (!enabled) {
+        QWidget* const focused = m_dialog.focusWidget();
+        m_focusBefore = m_buttons.contains(focused) ? focused : nullptr;
+        // A disabled button hands the focus to its neighbour, a table, where the next key would begin to
+        // replace a value.
+        if (m_focusBefore) {
+            m_tabs->setFocus();
+        }
+    }
+    for (QWidget* button : qAsConst(m_buttons)) {
+        button->setEnabled(enabled);
+    }
+    // Whoever went on to something else meanwhile is left there.
+    if (enabled && m_focusBefore && m_focusBefore->isVisible() && m_dialog.focusWidget() == m_tabs) {
+        m_focusBefore->setFocus();
     }
 }
 

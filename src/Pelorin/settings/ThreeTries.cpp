@@ -2,7 +2,6 @@
 
 #include <QPointer>
 
-#include <chrono>
 #include <utility>
 
 namespace {
@@ -21,17 +20,20 @@ ThreeTries::ThreeTries(std::function<bool()> attempt, QObject* parent)
 
 void ThreeTries::start()
 {
-    m_timer.stop();
-    ++m_run;
-    m_left = tries;
-    tryOnce();
+    // Not right here: a try waits for the device, and whoever asks for it may have something to show first.
+    startAfter(std::chrono::milliseconds(0));
 }
 
 void ThreeTries::startLater()
 {
+    startAfter(interval);
+}
+
+void ThreeTries::startAfter(std::chrono::milliseconds time)
+{
     ++m_run;
     m_left = tries;
-    m_timer.start(interval);
+    m_timer.start(time);
 }
 
 void ThreeTries::tryOnce()

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 
 /// Does something that can fail because the line is busy: up to three times, a second apart, and then no
@@ -16,10 +17,11 @@ public:
     /// may go in it.
     ThreeTries(std::function<bool()> attempt, QObject* parent);
 
-    void start();      ///< over again, with the first try now
+    void start();      ///< over again, with the first try in the next turn of the event loop
     void startLater(); ///< over again, with the first try in a second
 
 private:
+    void startAfter(std::chrono::milliseconds time);
     void tryOnce();
 
     std::function<bool()> m_attempt;

@@ -1,0 +1,50 @@
+#include "LineFigures.h"
+
+#include "Simulator/IlluminatorModel.h"
+
+#include <algorithm>
+
+namespace {
+constexpr double bitsPerByte = 10.0;
+constexpr double baudRate = 19200.0;
+
+/// The device's own time for these lines, told by a device of the same make.
+Bench::Seconds thinkTime(const QList<QByteArray>& lines)
+{
+    Simulator::IlluminatorModel model;
+    Bench::Seconds sum{0};
+    for (const QByteArray& line : lines) {
+        sum += model.handle(line).thinkTime;
+    }
+    return sum;
+}
+} // namespace
+
+void Bench::LineFigures::add(Seconds exchange, const SimulatorThread::Traffic& traffic)
+{
+    const qint64 bytes = traffic.bytesReceived + traffic.bytesSent;
+    const Seconds onLine(static_cast<double>(bytes) * bitsPerByte / baudRate);
+    const double line = (onLine + thinkTime(traffic.lines)).count() * 1e3;
+    m_times.push_back(exchange.count() * 1e3);
+    m_lineTimes.push_back(line);
+    m_ratios.push_back(m_times.back() / line);
+    m_bytes += bytes;
+    m_lines += traffic.lines.size();
+}
+
+void Bench::LineFigures::print(const QString& exchangeName) const
+{
+    Table::printHead();
+    Table::printRow(exchangeName + QStringLiteral(", time of its bytes and of the device"), median(m_times),
+                    median(m_lineTimes), "ms", "<= 1.1 (ratio)");
+    if (m_ratios.empty()) {
+        return;
+    }
+    Table::printNote(
+        QStringLiteral("%1 exchanges with %2 lines and %3 bytes; ratio of one: median %4, worst %5")
+            .arg(m_ratios.size())
+            .arg(m_lines)
+            .arg(m_bytes)
+            .arg(median(m_ratios), 0, 'f', 4)
+            .arg(*std::max_element(m_ratios.begin(), m_ratios.end()), 0, 'f', 4));
+}

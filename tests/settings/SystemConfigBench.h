@@ -1,0 +1,204 @@
+#pragma once
+
+#include "device/Device.h"
+#include "settings/DialogBench.h"
+#include "settings/SystemConfigRecord.h"
+#include "support/BoxAnswerer.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableWidget>
+#include <QTest>
+
+#include <algorithm>
+
+/// Answers every file dialog that opens while it lives with the next of its names, or cancels it where that
+/// one is empty or there is none left, and remembers what each looked like.
+class FileChooser
+{
+public:
+    struct Chooser
+    {
+        QString caption;
+        QStringList filters;
+        QString folder;
+        QFileDialog::AcceptMode mode = QFileDialog::AcceptOpen;
+        const QWidget* parent = nullptr;
+    };
+
+    explicit FileChooser(const QStringList& pathNames = {}) : m_pathNames(pathNames)
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
+        m_timer.start(lookEveryMs);
+    }
+    const QList<Chooser>& choosers() const { return m_choosers; }
+    QStringList captions() const
+    {
+        QStringList captions;
+        for (const Chooser& chooser : m_choosers) {
+            captions.append(chooser.caption);
+        }
+        return captions;
+    }
+
+private:
+    static constexpr int lookEveryMs = 5;
+
+    void look()
+    {
+        auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr) {
+            return;
+        }
+        m_choosers.append({dialog->windowTitle(), dialog->nameFilters(), dialog->directory().absolutePath(),
+                           dialog->acceptMode(), dialog->parentWidget()});
+        const QString pathName = m_pathNames.isEmpty() ? QString() : m_pathNames.takeFirst();
+        if (pathName.isEmpty()) {
+            dialog->reject();
+            return;
+        }
+        // As somebody types it: the file need not be in the list, nor its folder exist.
+        dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(pathName);
+        QMetaObject::invokeMethod(dialog, "accept");
+    }
+
+    QStringList m_pathNames;
+    QTimer m_timer;
+    QList<Chooser> m_choosers;
+};
+
+/// The editor of the system configuration in its dialog, at a whole simulated illuminator.
+class SystemConfigTest : public SimulatedDialogTest
+{
+protected:
+    using Record = Simulator::RecordMemory::Record;
+
+    /// With the device's record read and the editor in front.
+    bool buildEditor()
+    {
+        return buildDialog() && m_hand->clickTab(QStringLiteral("System Config")) &&
+               QTest::qWaitFor([this] { return texts() == deviceTexts(); });
+    }
+    QTableWidget* table(ConfigTable which) const
+    {
+        static constexpr std::array<const char*, 6> names{
+            "tableWidgetNecselParams", "tableWidgetFanParams",     "tableWidgetHeaterParams",
+            "tableWidgetJigglerSpeed", "tableWidgetNovalumParams", "tableWidgetNovalumParams2"};
+        return m_hand->part<QTableWidget>(names.at(std::size_t(which)));
+    }
+    QTableWidgetItem* item(const ConfigCell& cell) const
+    {
+        return table(cell.table)->item(cell.row, cell.column);
+    }
+    SystemConfigTexts texts() const
+    {
+        SystemConfigTexts texts;
+        std::transform(systemConfigFields().begin(), systemConfigFields().end(), texts.begin(),
+                       [this](const SystemConfigField& field) { return item(field.cell)->text(); });
+        return texts;
+    }
+    void enter(const SystemConfigTexts& texts) const
+    {
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            item(systemConfigFields().at(i).cell)->setText(texts.at(i));
+        }
+    }
+    /// Begins to type in the cell and leaves it open.
+    void beginTyping(const ConfigCell& cell, const QString& text) const
+    {
+        QTableWidget* const table = this->table(cell.table);
+        m_hand->bringIntoView(table);
+        table->setFocus();
+        table->setCurrentCell(cell.row, cell.column);
+        table->editItem(item(cell));
+        auto* const editor = qobject_cast<QLineEdit*>(table->indexWidget(table->currentIndex()));
+        QVERIFY(editor != nullptr);
+        editor->selectAll();
+        QTest::keyClicks(editor, text);
+    }
+    Simulator::RecordMemory& records() const { return m_device->model().records(); }
+    SystemConfigBytes deviceRecord() const
+    {
+        SystemConfigBytes record{};
+        const QByteArray bytes = records().bytes(Record::System);
+        std::copy(bytes.begin(), bytes.end(), record.begin());
+        return record;
+    }
+    SystemConfigTexts deviceTexts() const { return SystemConfigRecord::toTexts(deviceRecord()); }
+    void setDeviceRecord(const SystemConfigBytes& record) const
+    {
+        records().setBytes(Record::System,
+                           QByteArray(reinterpret_cast<const char*>(record.data()), systemConfigSize));
+    }
+    /// With everything read that connecting reads.
+    bool switchTo(DeviceMode mode)
+    {
+        const bool loader = mode == DeviceMode::Loader;
+        const QSignalSpy connected(m_window->device(), &Device::deviceConnected);
+        const int read = m_lines->count("ischanconfigvalid");
+        const auto code = loader ? m_window->device()->goLoader() : m_window->device()->goApp();
+        return code == DeviceResult::Ok && m_window->device()->deviceMode() == mode &&
+               QTest::qWaitFor([&] { return m_lines->count("ischanconfigvalid") > read; });
+    }
+    bool plugIn()
+    {
+        const QSignalSpy connected(m_window->device(), &Device::deviceConnected);
+        return illuminator().plug() && QTest::qWaitFor([&] { return !connected.isEmpty(); }, 10000);
+    }
+    bool unplug()
+    {
+        illuminator().unplug();
+        return QTest::qWaitFor([this] { return !m_window->device()->isOpen(); });
+    }
+    int countBeginning(const QByteArray& beginning) const
+    {
+        const QList<QByteArray> lines = m_lines->texts();
+        return int(std::count_if(lines.begin(), lines.end(), [&beginning](const QByteArray& line) {
+            return line.startsWith(beginning);
+        }));
+    }
+    bool buttonsAre(bool enabled) const
+    {
+        const QStringList kinds{QStringLiteral("Get"), QStringLiteral("Set"), QStringLiteral("Load"),
+                                QStringLiteral("Save")};
+        return std::all_of(kinds.begin(), kinds.end(), [&](const QString& kind) {
+            const QByteArray name = "pushButton" + kind.toLatin1() + "SystemConfigData";
+            return m_hand->part<QPushButton>(name.constData())->isEnabled() == enabled;
+        });
+    }
+    void get() const { m_hand->click("pushButtonGetSystemConfigData"); }
+    void set() const { m_hand->click("pushButtonSetSystemConfigData"); }
+    void load() const { m_hand->click("pushButtonLoadSystemConfigData"); }
+    void save() const { m_hand->click("pushButtonSaveSystemConfigData"); }
+};
+
+/// Values as they occur, of every length, and none alike; all of them survive device and file.
+inline SystemConfigTexts likelyTexts()
+{
+    SystemConfigTexts texts;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const SystemConfigField& field = systemConfigFields().at(i);
+        const int number = int(i);
+        switch (field.type) {
+        case SystemConfigField::RecordType::Real:
+            texts[i] = number % 2 == 0 ? realText(-1.23457e-05 * (number + 1)) : realText(0.25 * number + 20);
+            break;
+        case SystemConfigField::RecordType::Unsigned8:
+            texts[i] = QString::number(255 - number);
+            break;
+        case SystemConfigField::RecordType::Unsigned16:
+            texts[i] = QString::number(65535 - number);
+            break;
+        case SystemConfigField::RecordType::Signed16:
+            texts[i] = QString::number(-32768 + number);
+            break;
+        }
+    }
+    // A file gives the over-temperature back as a whole number.
+    texts.back() = QStringLiteral("85");
+    return texts;
+}
