@@ -1,4 +1,5 @@
 #include "settings/ConfigSamples.h"
+#include "settings/FileChooser.h"
 #include "settings/SystemConfigBench.h"
 
 #include <QJsonArray>

@@ -20,6 +20,7 @@ private slots:
     void cleanup() { removeRoom(); }
     void silentLoaderIsAskedOnce();
     void silentApplicationIsAskedAgain();
+    void readingsComeBesideThePoll();
     void tabComesBeforeTheAnswer();
     void dialogGoesInTheWait_data();
     void dialogGoesInTheWait();
@@ -75,6 +76,22 @@ void tst_DialogWaits::silentApplicationIsAskedAgain()
     m_device->setPolling(false);
     clickTab(systemConfig);
     QVERIFY(line().waitForLine("temps", 2));
+}
+
+void tst_DialogWaits::readingsComeBesideThePoll()
+{
+    constexpr int seconds = 5;
+    // The poll has the line for most of its interval.
+    m_illuminator->thinkTime = std::chrono::milliseconds(25);
+    makeListening();
+    connectDevice();
+    QVERIFY(line().waitForLine("prod_config"));
+    clickTab(systemConfig);
+    const int before = line().count("temps");
+    QTest::qWait(seconds * 1000);
+    QVERIFY2(line().count("temps") - before >= seconds - 1,
+             QByteArray::number(line().count("temps") - before).constData());
+    QVERIFY(m_device->isOpen());
 }
 
 void tst_DialogWaits::tabComesBeforeTheAnswer()

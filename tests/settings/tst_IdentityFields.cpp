@@ -331,10 +331,10 @@ void tst_IdentityFields::anotherUnitKeepsItsOwn()
     const QByteArray another = "vyr_hw_ver=9.8.7,vyr_pn=A,vyr_sn=B,necsel_laser_sn=C,novalum_sn=D";
     m_unit.product = another;
     replug();
-    // Sooner than its identity is shown.
+    // Sooner than anything of its own is shown.
     const BoxAnswerer boxes;
     setButton();
-    QVERIFY(sawDone(boxes));
+    QVERIFY(boxes.sawOneWarning(QStringLiteral("Error writing product configuration")));
     QCOMPARE(m_unit.product, another);
 }
 

@@ -29,6 +29,7 @@ private slots:
     void editsSurviveTheSwitch_data();
     void editsSurviveTheSwitch();
     void unchangedPageFollowsTheDevice();
+    void typedWhileItIsRead();
     void anotherDeviceReplacesEdits();
     void editsAfterFailedReadSurvive();
     void typingInSettingIsNotLost();
@@ -208,7 +209,9 @@ void tst_SystemConfigEditor::editsSurviveTheSwitch()
     } else {
         enter(edited);
     }
+    m_lines->clear();
     QVERIFY(switchTo(DeviceMode::Loader));
+    QCOMPARE(countBeginning("rf:"), 0); // nobody would see it
     const BoxAnswerer boxes;
     set(); // the click leaves the cell
     QVERIFY(sawOne(boxes, QMessageBox::Information, updated));
@@ -226,6 +229,19 @@ void tst_SystemConfigEditor::unchangedPageFollowsTheDevice()
     setDeviceRecord(SystemConfigRecord::fromTexts(likelyTexts(), deviceRecord()));
     QVERIFY(switchTo(DeviceMode::Loader));
     QTRY_VERIFY(texts() == likelyTexts());
+}
+
+void tst_SystemConfigEditor::typedWhileItIsRead()
+{
+    const auto connection =
+        connect(&m_device->wire(), &Simulator::Wire::lineReceived, this, [this](const QByteArray& line) {
+            if (line.startsWith("rf:")) {
+                item(lastNovalum)->setText(QStringLiteral("4321"));
+            }
+        });
+    QVERIFY(switchTo(DeviceMode::Loader));
+    disconnect(connection);
+    QCOMPARE(item(lastNovalum)->text(), QStringLiteral("4321"));
 }
 
 void tst_SystemConfigEditor::anotherDeviceReplacesEdits()

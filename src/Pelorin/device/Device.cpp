@@ -45,6 +45,11 @@ void Device::shutDown()
     d->stopTimers();
 }
 
+bool Device::isShutDown() const
+{
+    return d->shutDown;
+}
+
 DeviceMode Device::deviceMode() const
 {
     return d->deviceMode;

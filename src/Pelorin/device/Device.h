@@ -44,14 +44,14 @@ public:
     int sendOrEnqueue(const QByteArray& command);
     /// Sends all that is queued, each command with its reply; the first failure ends it and is returned.
     int drainQueue();
-    /// Waits up to 1500 ms until nothing is queued and no reply is due. After NoReply the device counts as
-    /// not identified, and the connection check opens it anew. Busy at once where the wait would keep the
-    /// queue itself from being sent.
+    /// Waits until nothing is queued and no reply is due. NoReply after 1500 ms of silence: the device counts
+    /// as not identified then, and is opened anew. Busy where the wait would keep the queue from being sent.
     int waitWhileBusy();
     /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
     void writeRaw(const QByteArray& bytes);
     /// Ends every wait and lets none begin, for the end of the program: operations return NotOpen then.
     void shutDown();
+    bool isShutDown() const;
 
     // --- Connection (see DeviceConnection.cpp) -----------------------------------------------------
     DeviceMode deviceMode() const;

@@ -60,7 +60,6 @@ struct Device::Private
     };
 
     explicit Private(Device& device);
-
     // DeviceTransport.cpp
     template<typename Pending>
     static void sleepWhile(Pending pending); ///< something that wakes the event loop must be running
@@ -70,6 +69,7 @@ struct Device::Private
     static void trace(const char* arrow, const QByteArray& bytes);
     End writeAndWait(const QByteArray& command, int timerTurn, QByteArray* reply);
     bool awaitReplyOfOthers() const;
+    void awaitSignOfLife();
     void endWaits(End end, const QByteArray& reply = {});
     void onReceived(const QByteArray& chunk);
     void onResponseTimeout();
@@ -84,11 +84,11 @@ struct Device::Private
     int ask(const char* command, Parser parser, Result& result);
     int set(const QByteArray& command) const;
     int askNecselController(const char* key, QString& text);
-
     int awaitIdleLine() const; // DeviceRecords.cpp
-    int checkRecord(const char* question) const;
+    int recordStep(const QByteArray& command, QString& reply, int connection) const;
+    int checkRecord(const char* question, int connection) const;
     int writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const;
-    int readMemory(quint32 address, quint8* bytes, int size) const;
+    int readMemory(quint32 address, quint8* bytes, int size, int connection) const;
 
     // DeviceConnection.cpp, DeviceSwitch.cpp
     void setMode(DeviceMode mode);
@@ -115,26 +115,27 @@ struct Device::Private
     Device* const q;
     SerialLine line;
     QString portName;
-    bool inTransaction = false;
-    bool shutDown = false;
+    QString stayedPort; ///< closed by the link itself, and listed ever since
     QList<QByteArray> commandQueue;
     QList<ReplyWait*> waits; ///< the running ones, outermost first
     QTimer connectionTimer;
     QTimer transactionTimer;
     QTimer busyTimer;
     QTimer pollTimer;
-    int timerTurn = 0; ///< counts the starts of transactionTimer, so that only the last one stops it
-    int busyWaits = 0;
-    bool busyTimedOut = false;
+    QDeadlineTimer busyDeadline; ///< of the running busy waits; later with everything that the device says
+    int timerTurn = 0;       ///< counts the starts of transactionTimer, so that only the last one stops it
+    int busyWaits = 0;       ///< that run, one inside the other
+    int closeCount = 0;      ///< tells a wait that its connection is over
+    int generation = 0;      ///< changes whenever a poll tick or a drain has lost its ground
+    int identifying = 0;     ///< connection sequences that run, one inside the other
+    int reopenAllowedAt = 0; ///< how many of them may run when the scan opens a port
+    int deviceNumber = 0;
     DeviceMode deviceMode = DeviceMode::NotIdentified;
-    int closeCount = 0;         ///< tells a wait that its connection is over
-    int generation = 0;         ///< changes whenever a poll tick or a drain has lost its ground
-    int identifying = 0;        ///< connection sequences that run, one inside the other
-    int reopenAllowedAt = 0;    ///< how many of them may run when the scan opens a port
+    bool inTransaction = false;
+    bool shutDown = false;
+    bool busyTimedOut = false;
     bool switching = false;     ///< goLoader() or goApp() runs
     bool switchPending = false; ///< and its command is not answered yet
-    int deviceNumber = 0;
-    QString stayedPort; ///< closed by the link itself, and listed ever since
     std::optional<SystemConfigBytes> systemConfig;
     std::optional<ChannelConfigBytes> channelConfig;
     Identity identity;

@@ -111,24 +111,35 @@ int Device::waitWhileBusy()
     const auto isQueued = [this] { return d->mayPoll() && !d->commandQueue.isEmpty(); };
     if (!d->waits.isEmpty() && isQueued())
         return DeviceResult::Busy;
-    d->busyTimer.start(Private::busyTimeout);
+    const auto isBusy = [&] { return isQueued() || d->isLineBusy(); };
+    d->awaitSignOfLife();
     d->busyTimedOut = false;
     const int closeCount = d->closeCount;
-    // A wait inside this one starts the timer anew, which must not make this one longer.
-    const QDeadlineTimer deadline(Private::busyTimeout);
+    // A device that goes on talking while its queue does not get shorter is no silent one either.
+    const QDeadlineTimer limit(10 * Private::busyTimeout);
     ++d->busyWaits;
     Private::sleepWhile([&] {
-        const bool busy = isQueued() || d->isLineBusy();
-        return busy && !d->busyTimedOut && !deadline.hasExpired() && closeCount == d->closeCount;
+        const bool timedOut = d->busyTimedOut || d->busyDeadline.hasExpired() || limit.hasExpired();
+        return isBusy() && !timedOut && closeCount == d->closeCount;
     });
     --d->busyWaits;
     const bool closed = closeCount != d->closeCount;
     // The timer goes on: the device stays unidentified until it is found anew.
-    if (!closed && (d->busyTimedOut || deadline.hasExpired()))
+    if (!closed && (d->busyTimedOut || (isBusy() && d->busyDeadline.hasExpired())))
         return DeviceResult::NoReply;
     if (d->busyWaits == 0)
         d->busyTimer.stop();
-    return closed ? DeviceResult::NotOpen : DeviceResult::Ok;
+    if (closed)
+        return DeviceResult::NotOpen;
+    return isBusy() ? DeviceResult::Busy : DeviceResult::Ok;
+}
+
+/// Whatever runs inside a busy wait can have the line for longer than the wait, as long as the device
+/// answers.
+void Device::Private::awaitSignOfLife()
+{
+    busyTimer.start(busyTimeout);
+    busyDeadline.setRemainingTime(busyTimeout);
 }
 
 /// Returns the number of this start, which stopResponseTimer() asks for.
@@ -185,6 +196,8 @@ void Device::Private::endWaits(End end, const QByteArray& reply)
 void Device::Private::onReceived(const QByteArray& chunk)
 {
     endWaits(End::Answered, chunk);
+    if (busyWaits > 0)
+        awaitSignOfLife();
     trace("From device <-", chunk);
     // The port does not tell of further bytes before this is over, so nobody may wait for a reply in here.
     inTransaction = true;

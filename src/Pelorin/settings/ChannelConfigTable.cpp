@@ -69,6 +69,13 @@ ChannelConfigEntry usualEntry(int type)
     return entry;
 }
 
+ChannelConfigEntries usualEntries()
+{
+    ChannelConfigEntries entries;
+    std::transform(usualTypes.begin(), usualTypes.end(), entries.begin(), usualEntry);
+    return entries;
+}
+
 QString colorText(const ChannelConfigEntry& entry)
 {
     return QString::fromLatin1(
@@ -98,13 +105,11 @@ ChannelConfigTable::ChannelConfigTable(SettingsDialog& dialog)
     : m_table(formWidget<QTableWidget>(dialog, "tableWidgetChannelConfig"))
 {
     auto* wheelGuard = new WheelGuard(&dialog);
-    ChannelConfigEntries usual;
     QWidget* before = formWidget<QLineEdit>(dialog, "lineEditVYRHardwareRev");
     for (int i = 0; i < channelCount; ++i) {
         const Column column = build(i);
         connectTo(dialog, column, *wheelGuard);
         m_columns.at(static_cast<size_t>(i)) = column;
-        usual.at(static_cast<size_t>(i)) = usualEntry(usualTypes.at(static_cast<size_t>(i)));
         // Down the columns, as a channel is what somebody fills in.
         for (QWidget* cell : std::initializer_list<QWidget*>{
                  column.enabled, column.type, column.name, column.color, column.secondary, column.primary}) {
@@ -113,7 +118,7 @@ ChannelConfigTable::ChannelConfigTable(SettingsDialog& dialog)
         }
     }
     fitCells();
-    show(usual);
+    show(usualEntries());
 }
 
 ChannelConfigTable::Column ChannelConfigTable::build(int column)
@@ -265,10 +270,14 @@ void ChannelConfigTable::setUnchanged()
 
 void ChannelConfigTable::setDevice(int number)
 {
-    if (m_deviceNumber != number) {
-        m_deviceNumber = number;
-        m_changed = false;
+    if (m_deviceNumber == number) {
+        return;
     }
+    if (!isFor(number)) {
+        show(usualEntries());
+    }
+    m_deviceNumber = number;
+    m_changed = false;
 }
 
 void ChannelConfigTable::enabledClicked(const QObject* cell)

@@ -32,6 +32,8 @@ public:
     void setUnchanged();
     /// Another @p number is another device: what was changed by hand was not meant for it.
     void setDevice(int number);
+    /// False while the entries are those of another device.
+    bool isFor(int number) const { return m_deviceNumber == 0 || m_deviceNumber == number; }
     /// Another one after each change and each show(): tells whether a wait has seen the same table all along.
     int revision() const { return m_revision; }
 

@@ -42,7 +42,7 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
     }
     m_hoursKnown = false;
     m_readingsAnswered = true;
-    m_recordReader->start();
+    m_systemReader->start();
     m_identityReader->startLater();
 }
 
@@ -78,19 +78,6 @@ void SettingsDialog::letPollingFollow(const QWidget* page)
     if (m_device && !isUpdating()) {
         m_device->setPolling(page != m_ui->tabServiceDevelopment);
     }
-}
-
-/// In the order in which the pages are to be filled; the hours have tries of their own.
-bool SettingsDialog::readWhatIsKept()
-{
-    const QPointer<SettingsDialog> self(this);
-    if (!readSystemConfig() || !self || !readChannelConfig()) {
-        return false;
-    }
-    if (self) {
-        m_hoursReader->start();
-    }
-    return true;
 }
 
 bool SettingsDialog::readHours()
@@ -132,6 +119,10 @@ void SettingsDialog::readReadings()
         return;
     }
     const QPointer<SettingsDialog> self(this);
+    // The poll runs in step with this timer; whoever does not wait for it may meet it every time.
+    if (m_device->waitWhileBusy() != DeviceResult::Ok || !self || !m_device) {
+        return;
+    }
     Temperatures readings;
     const int code = m_device->getTemperatures(readings);
     if (!self) {

@@ -74,7 +74,14 @@ bool ConfigurationWriter::writeChannels(ChannelConfigTable& table, const Channel
     if (!mayGoOn()) {
         return false;
     }
-    const ChannelConfigBytes base = m_device->knownChannelConfig().value_or(ChannelConfigBytes{});
+    ChannelConfigBytes base = m_device->knownChannelConfig().value_or(ChannelConfigBytes{});
+    // For the bytes that no cell shows; a device that has no valid record has none to keep.
+    if (!m_device->knownChannelConfig()) {
+        m_device->readChannelConfig(base.data());
+    }
+    if (!mayGoOn()) {
+        return false;
+    }
     const ChannelConfigBytes record = ChannelConfigRecord::encode(entries, base);
     if (m_device->writeChannelConfig(record.data()) != DeviceResult::Ok || !m_dialog) {
         return false;
@@ -146,7 +153,8 @@ bool SettingsDialog::readChannelConfig()
     if (code == DeviceResult::Ok && isWanted) {
         m_channelConfig->show(ChannelConfigRecord::decode(record));
     }
-    return code == DeviceResult::Ok || code == DeviceResult::RecordNotValid;
+    // One garbled answer is enough to take a record for one that is not valid.
+    return code == DeviceResult::Ok || code == DeviceResult::NotOpen;
 }
 
 void SettingsDialog::on_channelEnabledCheckboxClicked(bool enabled)
@@ -191,7 +199,9 @@ void SettingsDialog::on_pushButtonSetProductConfigData_clicked()
     const QPointer<SettingsDialog> self(this);
     m_systemInfo->setWriting(true);
     ConfigurationWriter writer(*this, *m_device);
-    const bool productWritten = writer.writeProduct(*m_systemInfo);
+    // Cells of a device that is gone are not for the one that was plugged in since.
+    const bool productWritten =
+        m_channelConfig->isFor(m_device->deviceNumber()) && writer.writeProduct(*m_systemInfo);
     const bool channelsWritten =
         productWritten &&
         (!writer.isSupportingChannels() || writer.writeChannels(*m_channelConfig, entries, revision));
@@ -199,6 +209,10 @@ void SettingsDialog::on_pushButtonSetProductConfigData_clicked()
         return;
     }
     m_systemInfo->setWriting(false);
+    // A box would keep a program alive whose window has been closed meanwhile.
+    if (!m_device || m_device->isShutDown()) {
+        return;
+    }
     if (!productWritten) {
         tellUser(this, QMessageBox::Warning, tr("Error writing product configuration"));
     } else if (!channelsWritten) {

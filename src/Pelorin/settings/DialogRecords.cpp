@@ -7,6 +7,7 @@
 #include "settings/SettingsDialog.h"
 #include "settings/SystemConfigPage.h"
 #include "settings/SystemConfigRecord.h"
+#include "settings/SystemInfoPage.h"
 #include "settings/TellUser.h"
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
@@ -19,7 +20,7 @@
 
 namespace {
 /// Many times what a calibration takes, and little enough for a click on the wrong file.
-constexpr qint64 maximumFileSize = qint64(256) * 1024 * 1024;
+constexpr qint64 maximumFileSize = qint64(64) * 1024 * 1024;
 
 /// The file that the user chooses; empty when he chooses none. @p parent may be deleted meanwhile.
 QString chooseFile(QWidget* parent, const QString& caption, QFileDialog::AcceptMode mode)
@@ -86,8 +87,8 @@ bool SettingsDialog::readSystemConfig()
     if (self && code == DeviceResult::Ok && !m_systemConfig->isChanged()) {
         m_systemConfig->showFromDevice(SystemConfigRecord::toTexts(record));
     }
-    // A record that is not there will not be there in a second.
-    return code == DeviceResult::Ok || code == DeviceResult::RecordNotValid || code == DeviceResult::NotOpen;
+    // One garbled answer is enough to take a record for one that is not valid.
+    return code == DeviceResult::Ok || code == DeviceResult::NotOpen;
 }
 
 void SettingsDialog::on_pushButtonGetSystemConfigData_clicked()
@@ -107,7 +108,8 @@ void SettingsDialog::on_pushButtonGetSystemConfigData_clicked()
 
 void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
 {
-    if (m_systemConfig->isTransferring() || (m_update && m_update->refusesAction())) {
+    if (m_systemConfig->isTransferring() || m_systemInfo->isWriting() ||
+        (m_update && m_update->refusesAction())) {
         return;
     }
     if (!m_device || !m_device->isOpen()) {
@@ -122,12 +124,19 @@ void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
     m_systemConfig->finishTyping();
     const int written = m_systemConfig->changeCount();
     const QPointer<SettingsDialog> self(this);
-    int code = DeviceResult::Ok;
-    {
+    // Cells of a device that is gone are not for the one that was plugged in since.
+    int code = DeviceResult::NotOpen;
+    if (m_systemConfig->isFor(m_device->deviceNumber())) {
         const SystemConfigPage::Transfer transfer(*m_systemConfig);
+        m_systemInfo->setWriting(true);
         code = writeConfig(*m_device, m_systemConfig->texts());
     }
     if (!self) {
+        return;
+    }
+    m_systemInfo->setWriting(false);
+    // A box would keep a program alive whose window has been closed meanwhile.
+    if (!m_device || m_device->isShutDown()) {
         return;
     }
     if (code == DeviceResult::Ok) {

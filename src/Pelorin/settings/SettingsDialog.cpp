@@ -44,7 +44,10 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     m_service = new ServicePage(*this, device, update);
     m_hoursReader = new ThreeTries([this] { return readHours(); }, this);
     m_identityReader = new ThreeTries([this] { return readIdentity(); }, this);
-    m_recordReader = new ThreeTries([this] { return readWhatIsKept(); }, this);
+    m_systemReader = new ThreeTries([this] { return readSystemConfig(); }, this);
+    m_channelReader = new ThreeTries([this] { return readChannelConfig(); }, this);
+    m_systemReader->setFollower(m_channelReader);
+    m_channelReader->setFollower(m_hoursReader);
     m_systemInfo = std::make_unique<SystemInfoPage>(*this);
     m_channelConfig = std::make_unique<ChannelConfigTable>(*this);
     m_systemConfig = std::make_unique<SystemConfigPage>(*this);
@@ -246,22 +249,27 @@ void SettingsDialog::on_pushButtonRestoreDefaults2_clicked()
 
 void SettingsDialog::on_pushButtonLoaderMode_clicked()
 {
-    m_service->switchImage();
+    // In the middle of a record it would leave the device without a valid one.
+    if (!m_systemInfo->isWriting()) {
+        m_service->switchImage();
+    }
 }
 
 void SettingsDialog::on_pushButtonLoaderMode2_clicked()
 {
-    m_service->switchImage();
+    on_pushButtonLoaderMode_clicked();
 }
 
 void SettingsDialog::on_pushButtonSystemReset_clicked()
 {
-    m_service->resetDevice();
+    if (!m_systemInfo->isWriting()) {
+        m_service->resetDevice();
+    }
 }
 
 void SettingsDialog::on_pushButtonSystemReset2_clicked()
 {
-    m_service->resetDevice();
+    on_pushButtonSystemReset_clicked();
 }
 
 void SettingsDialog::on_pushButtonUpdateApplication_clicked()

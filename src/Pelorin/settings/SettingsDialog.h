@@ -120,8 +120,7 @@ private:
     void letPollingFollow(const QWidget* page); ///< its replies would mix into what is typed by hand
     void listPorts();
     void readReadings();
-    bool readWhatIsKept(); // these return true when no further try is wanted
-    bool readHours();
+    bool readHours(); // these return true when no further try is wanted
     bool readIdentity();
     bool readSystemConfig();
     bool readChannelConfig();
@@ -132,11 +131,12 @@ private:
     QPointer<Device> m_device;
     QPointer<Update> m_update;
     QSettings* m_store;
-    PortChooser* m_ports; // these five are children of the dialog
+    PortChooser* m_ports; // these six are children of the dialog
     ServicePage* m_service;
     ThreeTries* m_hoursReader;
     ThreeTries* m_identityReader;
-    ThreeTries* m_recordReader;
+    ThreeTries* m_systemReader;
+    ThreeTries* m_channelReader;
     std::unique_ptr<SystemInfoPage> m_systemInfo;
     std::unique_ptr<ChannelConfigTable> m_channelConfig;
     std::unique_ptr<SystemConfigPage> m_systemConfig;

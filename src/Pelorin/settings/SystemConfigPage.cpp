@@ -183,11 +183,17 @@ bool SystemConfigPage::isChanged() const
 
 void SystemConfigPage::belongTo(int deviceNumber)
 {
-    if (m_deviceNumber != deviceNumber) {
-        m_deviceNumber = deviceNumber;
-        dropTyping();
-        markKept(m_changeCount);
+    if (m_deviceNumber == deviceNumber) {
+        return;
     }
+    dropTyping();
+    if (!isFor(deviceNumber)) {
+        SystemConfigTexts nothing;
+        nothing.fill(QStringLiteral("0"));
+        fill(nothing);
+    }
+    m_deviceNumber = deviceNumber;
+    markKept(m_changeCount);
 }
 
 void SystemConfigPage::setButtonsEnabled(bool enabled)

@@ -58,8 +58,10 @@ public:
     void markKept(int changeCount) { m_keptCount = changeCount; }
     /// Something was typed, pasted or loaded that the device does not have; a cell being typed in counts.
     bool isChanged() const;
-    /// What was changed for one device is no reason to hide what another one holds.
+    /// What was changed for one device is no reason to hide what another one holds: its cells become 0.
     void belongTo(int deviceNumber);
+    /// False while the cells are those of another device.
+    bool isFor(int deviceNumber) const { return m_deviceNumber == 0 || m_deviceNumber == deviceNumber; }
 
     bool isTransferring() const { return m_transfers > 0; }
     /// The texts are the device's and are shown as they stand.

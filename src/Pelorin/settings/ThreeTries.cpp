@@ -42,7 +42,13 @@ void ThreeTries::tryOnce()
     const QPointer<ThreeTries> self(this);
     --m_left;
     const bool done = m_attempt();
-    if (self && run == m_run && !done && m_left > 0) {
+    if (!self) {
+        return;
+    }
+    if (m_follower != nullptr) {
+        m_follower->start();
+    }
+    if (run == m_run && !done && m_left > 0) {
         m_timer.start(interval);
     }
 }

@@ -19,6 +19,8 @@ public:
 
     void start();      ///< over again, with the first try in the next turn of the event loop
     void startLater(); ///< over again, with the first try in a second
+    /// Has @p next, which must not go before this, start after each try, whatever became of it.
+    void setFollower(ThreeTries* next) { m_follower = next; }
 
 private:
     void startAfter(std::chrono::milliseconds time);
@@ -26,6 +28,7 @@ private:
 
     std::function<bool()> m_attempt;
     QTimer m_timer;
+    ThreeTries* m_follower = nullptr;
     int m_left = 0;
     int m_run = 0; ///< tells a try that waited whether a newer run has begun meanwhile
 };
