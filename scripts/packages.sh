@@ -1,10 +1,12 @@
 # The Debian packages that the scripts need, and the function that installs what is missing of them.
 # Sourced by scripts/run, scripts/test, scripts/fuzz and .ci/run.
 
-build_packages=(build-essential cmake ninja-build qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev)
+build_packages=(build-essential cmake ninja-build qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev
+  libarchive-dev)
 display_packages=(xvfb xauth fonts-dejavu-core)
+test_packages=(7zip) # packs the archives that the tests unpack
 check_packages=(git clang-format clang-tidy clazy)
-benchmark_packages=(libspdlog-dev)
+benchmark_packages=(libspdlog-dev srecord)
 fuzz_packages=(clang libclang-rt-dev llvm)
 
 # install_packages NAME...: installs the named packages that are not there yet.

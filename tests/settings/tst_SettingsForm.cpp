@@ -83,7 +83,6 @@ private slots:
     void foreignTextsArePlain();
     void identityIsReadOnly();
     void everyControlIsDescribed();
-    void firmwareUpdateIsOff();
 
 private:
     Ui::SettingsDialog& ui() { return m_bench->ui(); }
@@ -338,13 +337,6 @@ void tst_SettingsForm::everyControlIsDescribed()
     // Who hears the names alone must be able to tell the eight "Open" and the two "Host USB" apart.
     QCOMPARE(names.size(), 22);
     QCOMPARE(names.removeDuplicates(), 0);
-}
-
-void tst_SettingsForm::firmwareUpdateIsOff()
-{
-    QVERIFY(!ui().pushButtonUpdateFirmware->isEnabled());
-    QCOMPARE(ui().pushButtonUpdateFirmware->toolTip(), QStringLiteral("Not available in this version"));
-    QVERIFY(ui().pushButtonUpdateApplication->isEnabled());
 }
 
 QTEST_MAIN(tst_SettingsForm)

@@ -171,9 +171,25 @@ void PelorinMainWindow::onDeviceConnected(const QString& portName)
     // As they were known before the connection: what an old queue may open meanwhile is closed again.
     const ShutterStates states = knownShutterStates(m_scenario);
     m_display->showConnected(m_device->deviceMode());
-    if (m_update->isInProgress()) {
+    if (!m_update->isInProgress()) {
+        greetDevice(states);
+    }
+}
+
+void PelorinMainWindow::onUpdateFinished(bool reconnected)
+{
+    if (!m_device || !m_device->isOpen() || m_scenario == nullptr) {
         return;
     }
+    showModeInStatusBar();
+    if (reconnected) {
+        // A device with new firmware begins dark, whatever was open before.
+        greetDevice(ShutterStates{});
+    }
+}
+
+void PelorinMainWindow::greetDevice(const ShutterStates& states)
+{
     const QPointer<PelorinMainWindow> self(this);
     readIdentity();
     // Reading waits for the device; by now the window may be closing, or the device may be gone again.

@@ -2,6 +2,7 @@
 
 #include "QsLog2_1_0/QsLog.h"
 #include "Resources/Resources.h"
+#include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "help/Help.h"
 #include "mainwindow/ChannelPanel.h"
@@ -14,8 +15,6 @@
 #include "update/Update.h"
 
 #include <QCloseEvent>
-#include <QMessageBox>
-#include <QPointer>
 #include <QSettings>
 
 PelorinMainWindow::PelorinMainWindow(QWidget* parent)
@@ -29,6 +28,7 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_update = new Update(window(), m_store.get());
     connect(m_update, &Update::actionRefused, this,
             [this] { showStatus(tr("Firmware update in progress.")); });
+    connect(m_update, &Update::finished, this, &PelorinMainWindow::onUpdateFinished);
 
     m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));
     setWindowTitle(windowTitle() + m_versionString);
@@ -206,12 +206,7 @@ void PelorinMainWindow::showStatus(const QString& text)
 
 void PelorinMainWindow::warn(const QString& text)
 {
-    // On the heap and watched: the window may go while the box is open, and would take the box along.
-    const QPointer<QMessageBox> box(
-        new QMessageBox(QMessageBox::Warning, QString(), text, QMessageBox::Ok, this));
-    box->setTextFormat(Qt::PlainText);
-    box->exec();
-    delete box;
+    tellUser(this, QMessageBox::Warning, text);
 }
 
 bool PelorinMainWindow::isUpdateInTheWay()

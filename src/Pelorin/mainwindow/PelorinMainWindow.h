@@ -33,9 +33,7 @@ class PelorinMainWindow : public NumberedChannelSlots, private ScenarioHost
 public:
     explicit PelorinMainWindow(QWidget* parent = nullptr);
     ~PelorinMainWindow() override;
-
-    PelorinMainWindow(const PelorinMainWindow&) = delete;
-    PelorinMainWindow& operator=(const PelorinMainWindow&) = delete;
+    Q_DISABLE_COPY_MOVE(PelorinMainWindow)
 
     /// Builds a fresh set of channels from the settings store and applies every stored choice; the channels
     /// of an earlier call stay alive as long as the window.
@@ -74,6 +72,7 @@ public slots:
     void onEnhancedDiagsChanged(bool enabled);
     void onInvertTTLChanged(quint8 channelIndex, bool inverted); ///< counts from 0
     void onSettingsDialogClosed(int result);
+    void onUpdateFinished(bool reconnected); ///< the device was identified anew, and nobody cared for it yet
 
     void updateChannelName(channel* laser, const QString& name);
     /// Stores the level in the channel and sends it.
@@ -122,6 +121,7 @@ private:
     void laserStatusClicked();
     void requestRun();
     void showModeInStatusBar();
+    void greetDevice(const ShutterStates& states);
     void readIdentity();
     void sendEverything(const ShutterStates& states);
     void keepClosingsInMind();

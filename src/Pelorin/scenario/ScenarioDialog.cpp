@@ -1,5 +1,6 @@
 #include "scenario/ScenarioDialog.h"
 
+#include "boxes/TellUser.h"
 #include "help/Help.h"
 #include "scenario/OneLine.h"
 #include "scenario/Scenario.h"
@@ -168,12 +169,7 @@ void ScenarioDialog::acceptForLoading()
 
 void ScenarioDialog::warn(const QString& text)
 {
-    // On the heap and watched: the dialog may go while the box is open, and would take the box along.
-    const QPointer<QMessageBox> box(
-        new QMessageBox(QMessageBox::Warning, QString(), text, QMessageBox::Ok, this));
-    box->setTextFormat(Qt::PlainText);
-    box->exec();
-    delete box;
+    tellUser(this, QMessageBox::Warning, text);
 }
 
 bool ScenarioDialog::isOverwritingConfirmed()

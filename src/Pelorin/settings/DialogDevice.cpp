@@ -46,6 +46,16 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
     m_identityReader->startLater();
 }
 
+void SettingsDialog::catchUpWithUpdate(bool reconnected)
+{
+    if (isVisible()) {
+        letPollingFollow(m_ui->tabWidget->currentWidget());
+    }
+    if (reconnected && m_device && m_device->isOpen()) {
+        onDeviceConnected(m_device->portName());
+    }
+}
+
 void SettingsDialog::onDeviceDisconnected(const QString& portName)
 {
     m_ports->showDisconnected(portName);

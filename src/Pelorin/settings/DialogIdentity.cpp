@@ -1,10 +1,10 @@
 // The unit's identity and its channel configuration between device and dialog.
 
+#include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "settings/ChannelConfigTable.h"
 #include "settings/SettingsDialog.h"
 #include "settings/SystemInfoPage.h"
-#include "settings/TellUser.h"
 #include "settings/ThreeTries.h"
 #include "update/Update.h"
 

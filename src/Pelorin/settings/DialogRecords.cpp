@@ -1,5 +1,7 @@
 // The system configuration between device, editor and calibration file.
 
+#include "boxes/ChooseFile.h"
+#include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "settings/CalibrationFile.h"
 #include "settings/NovalumBlock.h"
@@ -8,13 +10,11 @@
 #include "settings/SystemConfigPage.h"
 #include "settings/SystemConfigRecord.h"
 #include "settings/SystemInfoPage.h"
-#include "settings/TellUser.h"
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
 
 #include <QClipboard>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
 
@@ -22,23 +22,16 @@ namespace {
 /// Many times what a calibration takes, and little enough for a click on the wrong file.
 constexpr qint64 maximumFileSize = qint64(64) * 1024 * 1024;
 
-/// The file that the user chooses; empty when he chooses none. @p parent may be deleted meanwhile.
-QString chooseFile(QWidget* parent, const QString& caption, QFileDialog::AcceptMode mode)
+QString chooseCalibration(QWidget* parent, const QString& caption, QFileDialog::AcceptMode mode)
 {
-    const QPointer<QFileDialog> chooser(new QFileDialog(
-        parent, caption, QDir::homePath(), SettingsDialog::tr("JSON files (*.json);;All files (*.*)")));
-    chooser->setAcceptMode(mode);
-    chooser->setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
-    const bool accepted = chooser->exec() == QDialog::Accepted;
-    QString pathName = accepted && chooser ? chooser->selectedFiles().value(0) : QString();
-    delete chooser;
-    return pathName;
+    return chooseFile(parent, mode, caption, QDir::homePath(),
+                      SettingsDialog::tr("JSON files (*.json);;All files (*.*)"));
 }
 
 QString chooseFileToWrite(QWidget* parent)
 {
-    return chooseFile(parent, SettingsDialog::tr("Choose a directory and JSON file name to write to"),
-                      QFileDialog::AcceptSave);
+    return chooseCalibration(parent, SettingsDialog::tr("Choose a directory and JSON file name to write to"),
+                             QFileDialog::AcceptSave);
 }
 
 /// Nothing for what cannot be read or can be no calibration; the read of a device or a pipe might never end.
@@ -150,7 +143,8 @@ void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
 void SettingsDialog::on_pushButtonLoadSystemConfigData_clicked()
 {
     const QPointer<SettingsDialog> self(this);
-    const QString pathName = chooseFile(this, tr("Choose a JSON file to open"), QFileDialog::AcceptOpen);
+    const QString pathName =
+        chooseCalibration(this, tr("Choose a JSON file to open"), QFileDialog::AcceptOpen);
     if (!self || pathName.isEmpty()) {
         return;
     }

@@ -13,8 +13,9 @@ ServicePage::ServicePage(QWidget& dialog, Device* device, Update* update)
     : QObject(&dialog), m_dialog(dialog), m_tabs(formWidget<QTabWidget>(dialog, "tabWidget")->tabBar()),
       m_device(device), m_update(update)
 {
-    for (const char* name : {"pushButtonSystemReset", "pushButtonSystemReset2", "pushButtonLoaderMode",
-                             "pushButtonLoaderMode2", "pushButtonRestoreDefaults"}) {
+    for (const char* name :
+         {"pushButtonSystemReset", "pushButtonSystemReset2", "pushButtonLoaderMode", "pushButtonLoaderMode2",
+          "pushButtonRestoreDefaults", "pushButtonUpdateFirmware"}) {
         m_buttons.append(formWidget<QPushButton>(dialog, name));
     }
     for (const char* name : {"labelRunningImage", "labelRunningImage2"}) {

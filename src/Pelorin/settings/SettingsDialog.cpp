@@ -1,5 +1,6 @@
 #include "settings/SettingsDialog.h"
 
+#include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "help/Help.h"
 #include "mainwindow/channel.h"
@@ -12,7 +13,6 @@
 #include "settings/ServicePage.h"
 #include "settings/SystemConfigPage.h"
 #include "settings/SystemInfoPage.h"
-#include "settings/TellUser.h"
 #include "settings/ThreeTries.h"
 #include "settings/TtlPage.h"
 #include "settings/WheelGuard.h"
@@ -32,6 +32,16 @@ constexpr int systemConfigPosition = 1;
 constexpr int serviceDevelopmentPosition = 6;
 constexpr std::chrono::seconds pollInterval{1};
 constexpr char comPortKey[] = "Device Com Port";
+
+void setTabPresent(QTabWidget& tabs, QWidget* page, const QString& caption, int position, bool present)
+{
+    const int index = tabs.indexOf(page);
+    if (present && index < 0) {
+        tabs.insertTab(position, page, caption);
+    } else if (!present && index >= 0) {
+        tabs.removeTab(index);
+    }
+}
 } // namespace
 
 SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, QSettings* store,
@@ -67,6 +77,11 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
             letPollingFollow(m_ui->tabWidget->widget(index));
         }
     });
+    if (m_update) {
+        connect(m_update, &Update::saveSettingsInfo, this,
+                [this](const QString& pathName) { saveSystemConfigData(pathName, false); });
+        connect(m_update, &Update::finished, this, &SettingsDialog::catchUpWithUpdate);
+    }
     Help::install(this,
                   [this] { return Help::pageAt(m_ui->tabWidget->currentWidget(), QStringLiteral("index")); });
     setServiceLevel(diagnostic);
@@ -85,9 +100,10 @@ void SettingsDialog::setServiceLevel(bool service)
     const QWidget* const before = m_ui->tabWidget->currentWidget();
     {
         const QScopedValueRollback<bool> suppressed(m_suppressed, true);
-        setTabPresent(m_ui->tabSystemConfig, tr("System Config"), systemConfigPosition, service);
-        setTabPresent(m_ui->tabServiceDevelopment, tr("Service && Development"), serviceDevelopmentPosition,
-                      service);
+        QTabWidget& tabs = *m_ui->tabWidget;
+        setTabPresent(tabs, m_ui->tabSystemConfig, tr("System Config"), systemConfigPosition, service);
+        setTabPresent(tabs, m_ui->tabServiceDevelopment, tr("Service && Development"),
+                      serviceDevelopmentPosition, service);
     }
     // Tabs that come and go beside the one in front leave the polling alone.
     const QWidget* const after = m_ui->tabWidget->currentWidget();
@@ -97,16 +113,6 @@ void SettingsDialog::setServiceLevel(bool service)
     m_systemInfo->setServiceLevel(service);
     connect(&m_pollTimer, &QTimer::timeout, this, &SettingsDialog::pollDevice, Qt::UniqueConnection);
     m_pollTimer.start(pollInterval);
-}
-
-void SettingsDialog::setTabPresent(QWidget* page, const QString& caption, int position, bool present)
-{
-    const int index = m_ui->tabWidget->indexOf(page);
-    if (present && index < 0) {
-        m_ui->tabWidget->insertTab(position, page, caption);
-    } else if (!present && index >= 0) {
-        m_ui->tabWidget->removeTab(index);
-    }
 }
 
 void SettingsDialog::showChoices(const OperatingChoices& choices)
@@ -270,6 +276,14 @@ void SettingsDialog::on_pushButtonSystemReset_clicked()
 void SettingsDialog::on_pushButtonSystemReset2_clicked()
 {
     on_pushButtonSystemReset_clicked();
+}
+
+void SettingsDialog::on_pushButtonUpdateFirmware_clicked()
+{
+    // What is being written to the device would go on in the middle of the update, or after it.
+    if (m_update && !m_update->isInProgress() && !m_systemInfo->isWriting() && !m_service->isSwitching()) {
+        m_update->firmwareUpdate(m_device);
+    }
 }
 
 void SettingsDialog::on_pushButtonUpdateApplication_clicked()

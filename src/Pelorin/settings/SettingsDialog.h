@@ -30,9 +30,8 @@ class SettingsDialog;
 }
 
 /// The dialog "System Info & Settings". It tells the user's choices through its signals only; the main window
-/// carries them out and keeps them. It sends by itself nothing but the service commands, the records and the
-/// queries that fill its pages, and none while a firmware update has the line. It borrows the link, the
-/// update and the store, and notices when the link or the update goes.
+/// carries them out. It sends by itself nothing but the service commands, the records and the queries that
+/// fill its pages, and none while an update has the line. It borrows the link, the update and the store.
 class SettingsDialog : public TtlChoiceSlots
 {
     Q_OBJECT
@@ -91,6 +90,7 @@ private slots:
     void on_radioButtonDespecklerOff_clicked() { chooseDespeckler(0); }
     void on_pushButtonRestoreDefaults_clicked();
     void on_pushButtonRestoreDefaults2_clicked();
+    void on_pushButtonUpdateFirmware_clicked();
     void on_pushButtonUpdateApplication_clicked();
     void on_pushButtonLoaderMode_clicked();
     void on_pushButtonLoaderMode2_clicked();
@@ -116,7 +116,6 @@ private:
     void chooseShutterControl(quint8 mode);
     void chooseDespeckler(quint8 mode);
     void showWhoControls();
-    void setTabPresent(QWidget* page, const QString& caption, int position, bool present);
     void letPollingFollow(const QWidget* page); ///< its replies would mix into what is typed by hand
     void listPorts();
     void readReadings();
@@ -124,6 +123,7 @@ private:
     bool readIdentity();
     bool readSystemConfig();
     bool readChannelConfig();
+    void catchUpWithUpdate(bool reconnected);
     bool isUpdating() const;
     bool mayRead() const; ///< the device is there, and nobody has it for himself
 

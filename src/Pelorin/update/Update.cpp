@@ -1,6 +1,39 @@
 #include "update/Update.h"
 
+#include "device/Device.h"
+#include "update/ArchiveStep.h"
+#include "update/FirmwareImage.h"
+#include "update/FlashProgramming.h"
+#include "update/UpdateResult.h"
+#include "update/UpdateRun.h"
+
+#include <QDateTime>
+#include <QStandardPaths>
 #include <QWidget>
+
+namespace {
+QString twoDigits(int number)
+{
+    return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+}
+} // namespace
+
+Update::Run::Run(Update& update)
+{
+    if (!update.m_inProgress) {
+        update.m_inProgress = true;
+        update.m_reconnected = false;
+        m_update = &update;
+    }
+}
+
+Update::Run::~Run()
+{
+    if (m_update) {
+        m_update->m_inProgress = false;
+        emit m_update->finished(m_update->m_reconnected);
+    }
+}
 
 Update::Update(QWidget* topLevelWindow, QSettings* store) : QObject(topLevelWindow), m_store(store) {}
 
@@ -10,4 +43,54 @@ bool Update::refusesAction()
         emit actionRefused();
     }
     return m_inProgress;
+}
+
+void Update::firmwareUpdate(Device* device)
+{
+    if (m_inProgress) {
+        return;
+    }
+    const Run run(*this);
+    m_device = device;
+    QMetaObject::Connection watch;
+    if (device != nullptr) {
+        watch = connect(device, &Device::deviceConnected, this, [this] { m_reconnected = true; });
+    }
+    UpdateRun(*this).run();
+    disconnect(watch);
+}
+
+bool Update::extractArchive(const QString& archivePath)
+{
+    return ArchiveStep::run(m_extractor, archivePath, window());
+}
+
+int Update::checkFirmwareFile(QFile& file, FirmwareVersion& version)
+{
+    return ::checkFirmwareFile(file, version);
+}
+
+int Update::programFlash(QFile& file, int lineCount, const QString& title)
+{
+    if (!m_device) {
+        return UpdateResult::LineNotSent;
+    }
+    return FlashProgramming::sendWithDialog(*m_device, file, lineCount, title, window());
+}
+
+void Update::saveCalibrationBackup()
+{
+    const FirmwareVersion version = m_device ? m_device->applicationVersion().version : FirmwareVersion{};
+    const QString folder =
+        QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
+    emit saveSettingsInfo(
+        folder % QStringLiteral("/Tarnwick/VYR") % QLatin1Char('/') % QStringLiteral("CalibrationConfig ") %
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hhmmss")) %
+        QStringLiteral(" V%1_%2_%3.json")
+            .arg(twoDigits(version.major), twoDigits(version.minor), twoDigits(version.patch)));
+}
+
+QWidget* Update::window() const
+{
+    return qobject_cast<QWidget*>(parent());
 }
