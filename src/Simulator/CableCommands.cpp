@@ -2,6 +2,9 @@
 #include "Simulator/CommandInterpreter.h"
 #include "Simulator/SimulatedIlluminator.h"
 
+#include <algorithm>
+#include <array>
+
 // What happens to the cable and on it.
 
 namespace Simulator {
@@ -93,10 +96,49 @@ Outcome zeroByte(CommandInterpreter& interpreter, const QStringList& words)
     return addFault(interpreter, fault, words, 2);
 }
 
+struct TrapAction
+{
+    const char* name;
+    Trap::Action action;
+};
+
+constexpr std::array<TrapAction, 5> kTrapActions{{
+    {"noreply", Trap::Action::NoReply},
+    {"refuse", Trap::Action::Refuse},
+    {"garbage", Trap::Action::Garbage},
+    {"power-off", Trap::Action::CutPower},
+    {"unplug", Trap::Action::Unplug},
+}};
+
+Outcome trap(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto number = Arguments::wholeNumber(words.at(1));
+    const auto* const action =
+        std::find_if(kTrapActions.begin(), kTrapActions.end(), [&words](const TrapAction& candidate) {
+            return words.at(2) == QLatin1String(candidate.name);
+        });
+    if (!number || *number == 0 || action == kTrapActions.end()) {
+        return Outcome::badArgument(words.at(number && *number != 0 ? 2 : 1));
+    }
+    const bool carriesOut = words.size() > 3;
+    const bool canBeDone = action->action != Trap::Action::Refuse;
+    if (carriesOut && (!canBeDone || words.at(3) != QLatin1String("done"))) {
+        return Outcome::badArgument(words.at(3));
+    }
+    interpreter.illuminator().setTrap({Arguments::match(words.first()), *number, action->action, carriesOut});
+    return {};
+}
+
+Outcome lines(CommandInterpreter& interpreter, const QStringList&)
+{
+    return {true, QString::number(interpreter.illuminator().linesReceived()), {}, false};
+}
+
 Outcome good(CommandInterpreter& interpreter, const QStringList&)
 {
     interpreter.illuminator().wire().clearFaults();
     interpreter.illuminator().wire().setStalled(false);
+    interpreter.illuminator().clearTrap();
     return {};
 }
 
@@ -180,8 +222,13 @@ const std::vector<CommandInterpreter::Entry>& cableCommands()
         {"split", "MATCH BYTES MS [COUNT]", "the rest of an answer comes later", 3, 4, splitReply},
         {"noise", "MATCH HEXBYTES [COUNT]", "these bytes come instead of an answer", 2, 3, noise},
         {"zero", "MATCH POSITION [COUNT]", "a zero byte stands in an answer", 2, 3, zeroByte},
+        {"trap", "MATCH NUMBER ACTION [done]",
+         "at the NUMBERth line from now: noreply, refuse, garbage, power-off\n"
+         "                                         or unplug; with \"done\" what it asks for is done first",
+         3, 4, trap},
+        {"lines", "", "tells how many lines the device has received", 0, 0, lines},
         {"stall", "on|off", "the line takes nothing from the computer", 1, 1, stall},
-        {"good", "", "nothing goes wrong on the line any more", 0, 0, good},
+        {"good", "", "nothing goes wrong on the line any more, no trap is set", 0, 0, good},
         {"paced", "on|off", "bytes take their time as at 19200 baud", 1, 1, paced},
         {"say", "TEXT", "the device sends a line that nobody asked for", 1, -1, say},
         {"babble", "BYTES", "the device sends so many senseless bytes", 1, 1, babble},

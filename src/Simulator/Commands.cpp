@@ -17,8 +17,8 @@ bool calls(const QByteArray& line, const char* key)
 
 const Command* findCommand(const QByteArray& line)
 {
-    static const std::array<const std::vector<Command>*, 4> all{&identityCommands(), &statusCommands(),
-                                                                &settingCommands(), &recordCommands()};
+    static const std::array<const std::vector<Command>*, 5> all{
+        &identityCommands(), &statusCommands(), &settingCommands(), &recordCommands(), &memoryCommands()};
     for (const auto* commands : all) {
         for (const Command& command : *commands) {
             if (calls(line, command.key)) {

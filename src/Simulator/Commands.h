@@ -21,6 +21,7 @@ struct Command
         EveryImage,
         Application, ///< the other images keep quiet
         Loader,      ///< the other images refuse
+        Loaders,     ///< the loader and its updater; the application refuses
     };
 
     /// The whole line; a key that ends in "=" or ":" is the line's beginning and the rest its argument.
@@ -38,5 +39,6 @@ const std::vector<Command>& identityCommands();
 const std::vector<Command>& statusCommands();
 const std::vector<Command>& settingCommands();
 const std::vector<Command>& recordCommands();
+const std::vector<Command>& memoryCommands();
 
 } // namespace Simulator

@@ -127,15 +127,18 @@ Outcome checksum(CommandInterpreter& interpreter, const QStringList& words)
 Outcome controllerUpdate(CommandInterpreter& interpreter, const QStringList& words)
 {
     const auto time = Arguments::time(words.at(0));
-    const QString when = words.value(1);
-    if (!time || (!when.isEmpty() && when != QLatin1String("next"))) {
+    const auto isNext =
+        words.size() > 1 ? Arguments::choice(words.at(1), "next", "programmed") : std::optional(false);
+    if (!time || !isNext) {
         return Outcome::badArgument(words.at(time ? 1 : 0));
     }
-    LaserController& controller = interpreter.illuminator().model().controller();
-    if (when.isEmpty()) {
-        controller.startUpdate(*time);
+    IlluminatorModel& model = interpreter.illuminator().model();
+    if (words.size() == 1) {
+        model.controller().startUpdate(*time);
+    } else if (*isNext) {
+        model.controller().updateAtNextStart(*time);
     } else {
-        controller.updateAtNextStart(*time);
+        model.setControllerUpdateAfterProgramming(*time);
     }
     return {};
 }
@@ -183,6 +186,30 @@ Outcome powerCycle(CommandInterpreter& interpreter, const QStringList&)
     return {};
 }
 
+Outcome power(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto on = Arguments::choice(words.first(), "on", "off");
+    if (!on) {
+        return Outcome::badArgument(words.first());
+    }
+    if (*on) {
+        interpreter.illuminator().restorePower();
+    } else {
+        interpreter.illuminator().cutPower();
+    }
+    return {};
+}
+
+Outcome flashTime(CommandInterpreter& interpreter, const QStringList& words)
+{
+    const auto time = Arguments::time(words.first());
+    if (!time) {
+        return Outcome::badArgument(words.first());
+    }
+    interpreter.illuminator().model().setFlashWriteTime(*time);
+    return {};
+}
+
 Outcome speed(CommandInterpreter& interpreter, const QStringList& words)
 {
     constexpr double kMaxSpeed = 100000.0;
@@ -219,10 +246,14 @@ const std::vector<CommandInterpreter::Entry>& deviceCommands()
         {"image", "loader|updater|application", "puts the image in its place and starts it", 1, 1, image},
         {"version", "IMAGE MAJOR.MINOR.PATCH", "the version of an image", 2, 2, version},
         {"checksum", "loader|application good|bad", "of what lies in that place", 2, 2, checksum},
-        {"controller-update", "MS [next]", "reprograms the laser controller, now or after the next start", 1,
-         2, controllerUpdate},
+        {"flash-time", "MS", "how long a line of firmware takes to be written", 1, 1, flashTime},
+        {"controller-update", "MS [next|programmed]",
+         "reprograms the laser controller: now, after the next start, or\n"
+         "                                         whenever an application was programmed (0: not then)",
+         1, 2, controllerUpdate},
         {"record", "system|channel STATE", "valid, invalid, short, odd, or factory for a good one", 2, 2,
          record},
+        {"power", "on|off", "of the device; off keeps the firmware and the records alone", 1, 1, power},
         {"power-cycle", "", "off and on again", 0, 0, powerCycle},
         {"speed", "FACTOR", "how fast the device's clock runs", 1, 1, speed},
         {"pass", "MS", "lets time of the device's clock pass at once", 1, 1, pass},

@@ -20,6 +20,20 @@ bool isNewer(const Version& version, const Version& than)
     return std::tie(version.major, version.minor, version.patch) >
            std::tie(than.major, than.minor, than.patch);
 }
+
+bool mayCarryOut(Command::Where where, Image running)
+{
+    switch (where) {
+    case Command::Where::Loader:
+        return running == Image::Loader;
+    case Command::Where::Loaders:
+        return running != Image::Application;
+    case Command::Where::EveryImage:
+    case Command::Where::Application:
+        break;
+    }
+    return true;
+}
 } // namespace
 
 IlluminatorModel::IlluminatorModel()
@@ -39,7 +53,7 @@ Reply IlluminatorModel::handle(const QByteArray& line)
         reply = Answers::kUnknown;
     } else if (command->where == Command::Where::Application && *m_running != Image::Application) {
         return {}; // the loader and its updater know nothing of lasers and keep quiet about them
-    } else if (command->where == Command::Where::Loader && *m_running != Image::Loader) {
+    } else if (!mayCarryOut(command->where, *m_running)) {
         reply = Answers::kRefused;
     } else {
         if (command->kind == Command::Kind::Change) {
@@ -81,6 +95,24 @@ RecordMemory::Layout IlluminatorModel::recordLayout() const
                                                          : RecordMemory::Layout::Older;
 }
 
+bool IlluminatorModel::programFlash(const std::optional<SRecordLine>& line)
+{
+    using Programmed = FirmwareStore::Programmed;
+    if (!m_running) {
+        return false;
+    }
+    const auto programmed = line ? m_firmware.program(*m_running, *line) : Programmed::Nothing;
+    if (programmed == Programmed::Nothing) {
+        m_firmware.missLine(*m_running);
+    }
+    const bool isNewApplication = programmed == Programmed::Image && *m_running == Image::Loader &&
+                                  m_firmware.applicationPlace().image == Image::Application;
+    if (isNewApplication && m_controllerUpdate > std::chrono::milliseconds::zero()) {
+        m_controller.updateAtNextStart(m_controllerUpdate);
+    }
+    return programmed != Programmed::Nothing;
+}
+
 QList<QByteArray> IlluminatorModel::takeMessages()
 {
     return std::exchange(m_messages, {});
@@ -98,6 +130,7 @@ void IlluminatorModel::shutDown()
     m_restart.reset();
     m_lasers.stop();
     m_controller.applicationStopped();
+    m_firmware.breakOffProgramming();
 }
 
 void IlluminatorModel::boot(Image image, const QByteArray& cause)

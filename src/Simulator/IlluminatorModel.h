@@ -7,6 +7,7 @@
 #include "Simulator/ModelTypes.h"
 #include "Simulator/ProductData.h"
 #include "Simulator/RecordMemory.h"
+#include "Simulator/SRecordLine.h"
 
 #include <QByteArray>
 #include <QList>
@@ -55,6 +56,18 @@ public:
     RecordMemory::Layout recordLayout() const;
     Readings readings() const { return m_climate.readings(); }
 
+    /// One line for the FLASH from the host; none when it could not be read. False when it is refused.
+    bool programFlash(const std::optional<SRecordLine>& line);
+    /// How long the device is busy with one line of FLASH before it answers.
+    void setFlashWriteTime(std::chrono::milliseconds time) { m_flashWriteTime = time; }
+    std::chrono::milliseconds flashWriteTime() const { return m_flashWriteTime; }
+    /// How long a newly programmed application reprograms the laser controller when it starts first; zero,
+    /// as it is at first: not at all.
+    void setControllerUpdateAfterProgramming(std::chrono::milliseconds duration)
+    {
+        m_controllerUpdate = duration;
+    }
+
     /// Whether the device starts anew, as a new port, when its laser controller has been reprogrammed. It is
     /// the only sign by which a host that stopped asking learns of the end. On at first.
     void setRestartsAfterControllerUpdate(bool restarts) { m_restartsAfterControllerUpdate = restarts; }
@@ -73,6 +86,8 @@ private:
     QList<QByteArray> m_messages;
     std::optional<Restart> m_restart;
     bool m_restartsAfterControllerUpdate = true;
+    std::chrono::milliseconds m_flashWriteTime{4};
+    std::chrono::milliseconds m_controllerUpdate{0};
 };
 
 } // namespace Simulator

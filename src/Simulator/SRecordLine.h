@@ -14,6 +14,7 @@ struct SRecordLine
     QByteArray data;     ///< empty for the types that end or count: S5, S7, S8, S9
 
     bool carriesData() const { return type >= 1 && type <= 3; }
+    bool endsImage() const { return type >= 7 && type <= 9; }
     /// Address of the first byte behind the data; wider than an address, since that may not be one any more.
     quint64 end() const { return quint64(address) + static_cast<quint64>(data.size()); }
 };

@@ -7,11 +7,19 @@ namespace Simulator {
 namespace {
 using std::chrono::milliseconds;
 constexpr milliseconds kTick{50};
+constexpr const char* kGarbage = "\x1b\x9c\xf7~\x02\n";
 
 auto asTuple(const IlluminatorState& state)
 {
     return std::tie(state.plugged, state.image, state.mode, state.fault, state.warning, state.intensitySource,
                     state.shutterSource, state.open, state.level);
+}
+
+/// The answer of a line that restarts the device comes from the image that it starts.
+void replaceAnswer(Reply& reply, const QByteArray& text)
+{
+    const bool isAnsweredLater = reply.restart && !reply.restart->announcement.isEmpty();
+    (isAnsweredLater ? reply.restart->announcement : reply.text) = text;
 }
 } // namespace
 
@@ -109,6 +117,25 @@ void SimulatedIlluminator::powerCycle()
     beginRestart(m_model.powerCycle(), {});
 }
 
+void SimulatedIlluminator::cutPower()
+{
+    m_powered = false;
+    m_restartTimer.stop();
+    m_restart.reset();
+    m_announcedRestart.reset();
+    m_model.shutDown();
+    m_awayFromBus = true;
+    m_wire.unplug();
+    announce();
+}
+
+void SimulatedIlluminator::restorePower()
+{
+    if (!m_powered) {
+        powerCycle();
+    }
+}
+
 void SimulatedIlluminator::startImage(Image image)
 {
     m_model.firmware().store(image);
@@ -120,13 +147,52 @@ void SimulatedIlluminator::startImage(Image image)
 Answer SimulatedIlluminator::answer(const QByteArray& line)
 {
     runClock();
-    const Reply reply = m_model.handle(line);
+    m_linesReceived += line.trimmed().isEmpty() ? 0 : 1;
+    if (const auto trap = m_trap.strike(line)) {
+        return answerTrapped(line, *trap);
+    }
+    return answerWith(m_model.handle(line));
+}
+
+Answer SimulatedIlluminator::answerWith(const Reply& reply)
+{
     if (reply.restart) {
         m_announcedRestart = reply.restart;
     }
     announce();
     // An unpaced line is for hurrying; a device that takes its time would spoil that.
     return {reply.text, m_wire.isPaced() ? reply.thinkTime : milliseconds::zero()};
+}
+
+Answer SimulatedIlluminator::answerTrapped(const QByteArray& line, const Trap& trap)
+{
+    Reply reply;
+    if (trap.carriesOut && trap.action != Trap::Action::Refuse) {
+        reply = m_model.handle(line);
+    }
+    switch (trap.action) {
+    case Trap::Action::NoReply:
+        replaceAnswer(reply, {});
+        break;
+    case Trap::Action::Refuse:
+        replaceAnswer(reply, Answers::kRefused);
+        break;
+    case Trap::Action::Garbage:
+        replaceAnswer(reply, kGarbage);
+        break;
+    case Trap::Action::CutPower:
+        cutPower();
+        reply = {};
+        break;
+    case Trap::Action::Unplug:
+        m_announcedRestart = reply.restart;
+        unplug();
+        reply = {};
+        break;
+    }
+    Answer answer = answerWith(reply);
+    emit trapSprung(line);
+    return answer;
 }
 
 void SimulatedIlluminator::tick()
@@ -168,6 +234,7 @@ void SimulatedIlluminator::beginRestart(const Restart& restart, const QByteArray
         m_awayFromBus = true;
         m_wire.unplug();
     }
+    m_powered = true;
     m_restartTimer.start(m_restartTime);
     announce();
 }

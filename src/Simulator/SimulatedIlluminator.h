@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Simulator/IlluminatorModel.h"
+#include "Simulator/LineTrap.h"
 #include "Simulator/Wire.h"
 
 #include <QElapsedTimer>
@@ -63,8 +64,20 @@ public:
     /// With a restart the port goes away and comes back, under `name` when one is given.
     void setReenumerates(bool reenumerates, const QString& name = QString());
     void powerCycle(); ///< off, and on again after the restart time; the port goes away meanwhile
+    /// Nothing is left but what lies in FLASH and in the records. The port is away until the power is back,
+    /// and for the restart time that follows.
+    void cutPower();
+    void restorePower(); ///< does nothing while the power is on
+    bool isPowered() const { return m_powered; }
     /// Puts the image into its place and restarts into it, as a power cycle does.
     void startImage(Image image);
+
+    // ---- what goes wrong inside at a certain line
+    void setTrap(const Trap& trap) { m_trap.set(trap); } ///< in place of one that is set
+    void clearTrap() { m_trap.clear(); }
+    bool isTrapSet() const { return m_trap.isSet(); }
+    /// The lines that the device has heard since it was made, without the blank ones.
+    int linesReceived() const { return m_linesReceived; }
 
     // ---- what a person at the device can cause; channels are 0 to 7
     void setFault(const QString& text, bool held = false);
@@ -76,11 +89,14 @@ public:
     void setHours(int channel, double hours);
 
 signals:
-    void stateChanged(); ///< state() differs from what it was when this was last emitted
-    void restarted();    ///< an image has begun to run
+    void stateChanged();                     ///< state() differs from what it was when this was last emitted
+    void restarted();                        ///< an image has begun to run
+    void trapSprung(const QByteArray& line); ///< at this line; whatever the trap does is done
 
 private:
     Answer answer(const QByteArray& line);
+    Answer answerWith(const Reply& reply);
+    Answer answerTrapped(const QByteArray& line, const Trap& trap);
     void tick();
     void runClock();
     void speakUp();
@@ -100,6 +116,9 @@ private:
     std::optional<Restart> m_announcedRestart; // begins when the answer to its line has left
     std::optional<Restart> m_restart;          // under way
     QByteArray m_restartLine;
+    bool m_powered = true;
+    LineTrap m_trap;
+    int m_linesReceived = 0;
     bool m_reenumerates = false;
     QString m_nameAfterRestart;
     bool m_awayFromBus = false;

@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace Simulator {
@@ -262,9 +263,14 @@ std::optional<WireFault> Wire::takeFault(const QByteArray& line)
 bool Wire::deliverNext()
 {
     const auto left = m_deliveries.head().due - Clock::now();
-    if (left > Clock::duration::zero()) {
-        m_deliveryTimer.start(std::chrono::ceil<std::chrono::milliseconds>(left));
+    const auto wholeMilliseconds = std::chrono::floor<std::chrono::milliseconds>(left);
+    if (wholeMilliseconds > std::chrono::milliseconds::zero()) {
+        m_deliveryTimer.start(wholeMilliseconds);
         return false;
+    }
+    // A line of firmware is a matter of some thirty milliseconds; a timer's rounding would show in its speed.
+    if (left > Clock::duration::zero()) {
+        std::this_thread::sleep_for(left);
     }
     const Delivery delivery = m_deliveries.dequeue();
     const QPointer<Wire> self(this);

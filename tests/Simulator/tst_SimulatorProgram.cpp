@@ -20,6 +20,7 @@ private slots:
 
     void printsItsPortAndTalks();
     void takesCommands();
+    void tellsWhenATrapGoesOff();
     void reportsErrorsAndGoesOn();
     void endsWithItsInput();
     void staysIfToldTo();
@@ -121,6 +122,17 @@ void tst_SimulatorProgram::takesCommands()
     m_program->write("quit\n");
     QVERIFY(hasEnded());
     QCOMPARE(m_program->exitCode(), 0);
+}
+
+void tst_SimulatorProgram::tellsWhenATrapGoesOff()
+{
+    start({QStringLiteral("--unpaced")});
+    const PortClient client(port());
+    m_program->write("trap isappvalid 2 refuse\nlines\n");
+    QVERIFY(!waitForLine(QStringLiteral("0")).isEmpty()); // by then the trap is set
+    QCOMPARE(client.ask("isappvalid"), QByteArray("Yes\n"));
+    QCOMPARE(client.ask("isappvalid"), QByteArray("refused\n"));
+    QCOMPARE(waitForLine(QStringLiteral("trap:")), QStringLiteral("trap: isappvalid"));
 }
 
 void tst_SimulatorProgram::reportsErrorsAndGoesOn()

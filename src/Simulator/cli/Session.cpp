@@ -11,6 +11,8 @@ Session::Session(const Options& options)
     : m_options(options), m_out(stdout), m_err(stderr), m_interpreter(m_illuminator),
       m_script(m_interpreter, options.scriptPath), m_typed(m_interpreter, QStringLiteral("input"))
 {
+    connect(&m_illuminator, &SimulatedIlluminator::trapSprung, this,
+            [this](const QByteArray& line) { say(QStringLiteral("trap: ") + readable(line)); });
     m_script.setStopsAtError(true);
     listenTo(m_script);
     listenTo(m_typed);
