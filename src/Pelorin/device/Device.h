@@ -119,8 +119,8 @@ public:
     int clearFaults();
     int resetDevice();
     int restoreDefaults();
-    /// Switch the image and identify it anew, on the same port or on the one that it comes back with: Ok once
-    /// that is over, NoReplyToSwitch after 45 s, Busy while another switch waits.
+    /// Switch the image and identify it anew, on the same port or another: Ok once that is over, Busy while
+    /// another switch waits; NoReplyToSwitch after 45 s, when the image is unknown and asked for anew.
     int goLoader();
     int goApp();
 

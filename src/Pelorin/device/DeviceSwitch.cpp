@@ -27,6 +27,9 @@ int Device::Private::switchImage(const char* command)
     const int result = q->sendGoCommand(command);
     if (closeCount != closeCountBefore)
         return awaitReconnection(deadline);
+    // The answer may be all that is missing; nobody knows what runs, and the connection check finds out.
+    if (result == DeviceResult::NoReplyToSwitch)
+        setMode(DeviceMode::NotIdentified);
     if (result != DeviceResult::Ok)
         return result;
     runConnectionSequence();
