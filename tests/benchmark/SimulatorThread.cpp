@@ -4,7 +4,7 @@
 
 #include <utility>
 
-Bench::SimulatorThread::SimulatorThread()
+Bench::SimulatorThread::SimulatorThread(Preparation prepare) : m_prepare(std::move(prepare))
 {
     start();
     m_ready.acquire();
@@ -28,6 +28,9 @@ void Bench::SimulatorThread::run()
     Simulator::Wire& wire = illuminator.wire();
     illuminator.model().lasers().setWarmupDuration(std::chrono::milliseconds::zero());
     wire.setPaced(true);
+    if (m_prepare) {
+        m_prepare(illuminator);
+    }
     // Noted on this thread, though this object belongs to the one that made it.
     connect(&wire, &Simulator::Wire::lineReceived, this, &SimulatorThread::noteLine, Qt::DirectConnection);
     connect(&wire, &Simulator::Wire::bytesSent, this, &SimulatorThread::noteBytes, Qt::DirectConnection);

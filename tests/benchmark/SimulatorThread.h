@@ -7,6 +7,12 @@
 #include <QString>
 #include <QThread>
 
+#include <functional>
+
+namespace Simulator {
+class SimulatedIlluminator;
+}
+
 namespace Bench {
 
 /// The simulated illuminator, warmed up and paced like a 19200-baud line, on a thread of its own, so that it
@@ -23,8 +29,11 @@ public:
         qint64 bytesSent = 0;
     };
 
+    /// Changes the device, on its thread, before it is plugged in.
+    using Preparation = std::function<void(Simulator::SimulatedIlluminator&)>;
+
     /// Returns once the port is there.
-    SimulatorThread();
+    explicit SimulatorThread(Preparation prepare = {});
     ~SimulatorThread() override;
 
     SimulatorThread(const SimulatorThread&) = delete;
@@ -44,6 +53,7 @@ private:
     void noteLine(const QByteArray& line);
     void noteBytes(const QByteArray& bytes);
 
+    Preparation m_prepare;
     QString m_portName;
     QSemaphore m_ready;
     QMutex m_mutex;

@@ -31,6 +31,7 @@ int main(int argc, char** argv)
         const Bench::Seconds tick = Bench::timed([&device] { device.pollDevice(); });
         figures.add(tick, simulator.takeTraffic());
     }
+    Bench::Table::printHead();
     figures.print(QStringLiteral("poll tick"));
     return figures.bytes() > 0 ? 0 : 1;
 }

@@ -33,6 +33,7 @@ int main(int argc, char** argv)
         }
         figures.add(time, simulator.takeTraffic());
     }
+    Bench::Table::printHead();
     figures.print(QStringLiteral("system record"));
     return 0;
 }

@@ -4,15 +4,21 @@
 #include "device/Device.h"
 #include "update/UpdateResult.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QPointer>
+#include <QProgressBar>
 #include <QProgressDialog>
+
+#include <chrono>
 
 namespace {
 
 // The device's USB link has packets of this size, and takes a command that fills one for one that goes on.
 constexpr int commandSizeToAvoid = 64;
 constexpr char endOfFileCharacter = 0x1A;
+/// Painting the bar takes longer than a line on a fast device; nobody sees more steps than this.
+constexpr std::chrono::milliseconds paintEvery{20};
 
 /// The command that writes a line of an image.
 QByteArray writeCommand(const QByteArray& line)
@@ -44,21 +50,56 @@ QByteArray nextLine(QFile& image)
     return line.startsWith(endOfFileCharacter) ? QByteArray() : line;
 }
 
-QProgressDialog* showDialog(int lineCount, const QString& title, QWidget* window)
+/// A progress dialog whose bar is set directly: a modal dialog that is told a value runs the event loop, for
+/// every line and on top of the wait for its answer.
+class ProgressBox
 {
-    auto* const dialog =
-        new QProgressDialog(QProgressDialog::tr("%1...<br><br>Do not unplug unit").arg(title.toHtmlEscaped()),
-                            QProgressDialog::tr("Cancel"), 0, lineCount);
-    dialog->setParent(window, Qt::Dialog | Qt::WindowTitleHint);
-    dialog->setWindowTitle(QProgressDialog::tr("Firmware Update"));
-    dialog->setWindowModality(Qt::ApplicationModal);
+public:
+    ProgressBox(int lineCount, const QString& title, QWidget* window);
+    ~ProgressBox() { delete m_dialog; }
+    ProgressBox(const ProgressBox&) = delete;
+    ProgressBox& operator=(const ProgressBox&) = delete;
+
+    bool show(int line);
+
+private:
+    QPointer<QProgressDialog> m_dialog; ///< goes with the window
+    QProgressBar* m_bar;                ///< the dialog's
+    QElapsedTimer m_sincePaint;
+};
+
+ProgressBox::ProgressBox(int lineCount, const QString& title, QWidget* window)
+    : m_dialog(new QProgressDialog), m_bar(new QProgressBar)
+{
+    m_dialog->setParent(window, Qt::Dialog | Qt::WindowTitleHint);
+    m_dialog->setBar(m_bar);
+    m_dialog->setLabelText(QProgressDialog::tr("%1...<br><br>Do not unplug unit").arg(title.toHtmlEscaped()));
+    m_dialog->setCancelButtonText(QProgressDialog::tr("Cancel"));
+    m_dialog->setRange(0, lineCount);
+    m_dialog->setWindowTitle(QProgressDialog::tr("Firmware Update"));
+    m_dialog->setWindowModality(Qt::ApplicationModal);
     // It goes when the programming is over, which may be later than the count of the check tells.
-    dialog->setAutoReset(false);
-    dialog->setAutoClose(false);
-    dialog->setMinimumDuration(0);
-    dialog->setValue(0);
-    dialog->show();
-    return dialog;
+    m_dialog->setAutoReset(false);
+    m_dialog->setAutoClose(false);
+    m_dialog->setMinimumDuration(0);
+    m_dialog->setValue(0);
+    m_dialog->show();
+    m_sincePaint.start();
+}
+
+bool ProgressBox::show(int line)
+{
+    if (!m_dialog || m_dialog->wasCanceled()) {
+        return false;
+    }
+    const bool isPaintDue = m_sincePaint.hasExpired(paintEvery.count());
+    m_bar->setAttribute(Qt::WA_UpdatesDisabled, !isPaintDue);
+    m_bar->setValue(line);
+    m_bar->setAttribute(Qt::WA_UpdatesDisabled, false);
+    if (isPaintDue) {
+        m_sincePaint.restart();
+    }
+    return true;
 }
 
 } // namespace
@@ -83,15 +124,7 @@ int FlashProgramming::sendLines(Device& device, QFile& image, const Progress& go
 int FlashProgramming::sendWithDialog(Device& device, QFile& image, int lineCount, const QString& title,
                                      QWidget* window)
 {
-    const QPointer<QProgressDialog> dialog = showDialog(lineCount, title, window);
+    ProgressBox dialog(lineCount, title, window);
     QS_INFO() << "Start programming FLASH";
-    const int result = sendLines(device, image, [&dialog](int line) {
-        if (!dialog || dialog->wasCanceled()) {
-            return false;
-        }
-        dialog->setValue(line);
-        return true;
-    });
-    delete dialog;
-    return result;
+    return sendLines(device, image, [&dialog](int line) { return dialog.show(line); });
 }
