@@ -1,0 +1,67 @@
+#pragma once
+
+#include "settings/DialogBench.h"
+#include "support/FirmwareImages.h"
+#include "support/SimulatedBench.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+class QProgressDialog;
+
+/// A window at service level at a simulated illuminator with older firmware, the dialog's page of the update
+/// in front, and a release in a folder of its own that a click updates the device with.
+class ReleaseBench
+{
+public:
+    static constexpr int newMajor = 3; ///< of the release's loader and application; the device's are lower
+
+    ReleaseBench();
+    ~ReleaseBench();
+    ReleaseBench(const ReleaseBench&) = delete;
+    ReleaseBench& operator=(const ReleaseBench&) = delete;
+
+    /// False when the release cannot be packed, or the device is not found. @p loaderSize and
+    /// @p applicationSize are bytes of program.
+    bool build(int loaderSize = 2000, int applicationSize = 4000);
+
+    /// Clicks the button, chooses the release, and confirms every box; the texts of the boxes in order.
+    QStringList update();
+    /// Cancels in the middle of the next run, before the answer to this line of an image, counted over all
+    /// images from 1.
+    void cancelAtLine(int line) { m_cancelAt = line; }
+
+    /// Makes the connection check run until the device is identified; false when it takes too long.
+    bool waitForDevice();
+    /// Why the program is not as it must be between two runs, with the device there; empty when all is well.
+    QString leftOver();
+    /// The device runs the release's application beside the release's loader.
+    bool isUpdated() const;
+
+    Simulator::SimulatedIlluminator& illuminator() { return m_device->illuminator(); }
+    PelorinMainWindow& window() { return *m_window; }
+    LineRecorder& lines() { return *m_lines; }
+    QString archivePath() const { return m_archivePath; }
+    /// The visible progress dialog; null when there is none.
+    static QProgressDialog* progressDialog();
+
+private:
+    bool pack(int loaderSize, int applicationSize);
+    void countLine(const QByteArray& line);
+    QString wrongPolling();
+
+    QByteArray m_homeBefore;
+    QTemporaryDir m_home;
+    QString m_archivePath;
+    std::unique_ptr<WindowBench> m_bench;
+    std::unique_ptr<SimulatedBench> m_device;
+    std::unique_ptr<LineRecorder> m_lines;
+    std::unique_ptr<PelorinMainWindow> m_window;
+    std::unique_ptr<DialogHand> m_hand;
+    int m_imageLines = 0; ///< of this run
+    int m_cancelAt = 0;   ///< 0: never
+};
