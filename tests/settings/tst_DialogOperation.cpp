@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTest>
 
 #include <array>
@@ -332,6 +333,8 @@ void tst_DialogOperation::duringAnUpdate()
     const bool sendsNothingAnyway = button == "pushButtonRestoreDefaults2";
     {
         const Update::Run run(*m_window->update());
+        QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
+        m_window->statusBar()->clearMessage();
         m_hand->click(button.constData());
         QCOMPARE(newCommands(), QList<QByteArray>());
         QCOMPARE(statusText(*m_window) == QStringLiteral("Firmware update in progress."),

@@ -26,8 +26,9 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_display = std::make_unique<LaserDisplay>(*this);
     m_store = openSettingsStore();
     m_update = new Update(window(), m_store.get());
-    connect(m_update, &Update::actionRefused, this,
-            [this] { showStatus(tr("Firmware update in progress.")); });
+    for (const auto signal : {&Update::started, &Update::actionRefused}) {
+        connect(m_update, signal, this, [this] { showStatus(tr("Firmware update in progress.")); });
+    }
     connect(m_update, &Update::finished, this, &PelorinMainWindow::onUpdateFinished);
 
     m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));

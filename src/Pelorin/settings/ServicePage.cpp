@@ -21,6 +21,10 @@ ServicePage::ServicePage(QWidget& dialog, Device* device, Update* update)
     for (const char* name : {"labelRunningImage", "labelRunningImage2"}) {
         m_lines.append(formWidget<QLabel>(dialog, name));
     }
+    if (m_update) {
+        connect(m_update, &Update::started, this, &ServicePage::showRunning);
+        connect(m_update, &Update::finished, this, &ServicePage::showRunning);
+    }
     showRunning();
 }
 
@@ -111,6 +115,9 @@ void ServicePage::showRunning()
 
 QString ServicePage::runningText() const
 {
+    if (m_update && m_update->isInProgress()) {
+        return tr("Firmware update in progress.");
+    }
     if (!m_device || !m_device->isOpen()) {
         return tr("Not connected");
     }

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QProgressDialog>
+#include <QPushButton>
 
 #include <chrono>
 
@@ -17,6 +18,7 @@ namespace {
 // The device's USB link has packets of this size, and takes a command that fills one for one that goes on.
 constexpr int commandSizeToAvoid = 64;
 constexpr char endOfFileCharacter = 0x1A;
+constexpr int widthInCharacters = 50; ///< of the progress dialog, which is not to change with its titles
 /// Painting the bar takes longer than a line on a fast device; nobody sees more steps than this.
 constexpr std::chrono::milliseconds paintEvery{20};
 
@@ -75,6 +77,7 @@ ProgressBox::ProgressBox(int lineCount, const QString& title, QWidget* window)
     m_dialog->setBar(m_bar);
     m_dialog->setLabelText(QProgressDialog::tr("%1...<br><br>Do not unplug unit").arg(title.toHtmlEscaped()));
     m_dialog->setCancelButtonText(QProgressDialog::tr("Cancel"));
+    m_dialog->setMinimumWidth(m_dialog->fontMetrics().averageCharWidth() * widthInCharacters);
     m_dialog->setRange(0, lineCount);
     m_dialog->setWindowTitle(QProgressDialog::tr("Firmware Update"));
     m_dialog->setWindowModality(Qt::ApplicationModal);
@@ -84,6 +87,14 @@ ProgressBox::ProgressBox(int lineCount, const QString& title, QWidget* window)
     m_dialog->setMinimumDuration(0);
     m_dialog->setValue(0);
     m_dialog->show();
+    // A key that was meant for the dialog before must not cancel: the button is one Tab away.
+    m_bar->setAccessibleName(title);
+    m_bar->setFocusPolicy(Qt::StrongFocus);
+    m_bar->setFocus();
+    const auto buttons = m_dialog->findChildren<QPushButton*>();
+    for (QPushButton* button : buttons) {
+        button->setAutoDefault(false);
+    }
     m_sincePaint.start();
 }
 

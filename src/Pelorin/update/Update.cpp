@@ -8,6 +8,7 @@
 #include "update/UpdateRun.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QStandardPaths>
 #include <QWidget>
 
@@ -24,6 +25,7 @@ Update::Run::Run(Update& update)
         update.m_inProgress = true;
         update.m_reconnected = false;
         m_update = &update;
+        emit update.started();
     }
 }
 
@@ -83,8 +85,9 @@ void Update::saveCalibrationBackup()
     const FirmwareVersion version = m_device ? m_device->applicationVersion().version : FirmwareVersion{};
     const QString folder =
         QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
+    // A folder is located with a slash at its end.
     emit saveSettingsInfo(
-        folder % QStringLiteral("/Tarnwick/VYR") % QLatin1Char('/') % QStringLiteral("CalibrationConfig ") %
+        QDir::cleanPath(folder % QStringLiteral("/Tarnwick/VYR")) % QStringLiteral("/CalibrationConfig ") %
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hhmmss")) %
         QStringLiteral(" V%1_%2_%3.json")
             .arg(twoDigits(version.major), twoDigits(version.minor), twoDigits(version.patch)));

@@ -55,6 +55,7 @@ public:
     void saveCalibrationBackup();
 
 signals:
+    void started(); ///< a run has the line for itself from here on
     /// Somebody wanted to use the line that a run has for itself; nothing was sent.
     void actionRefused();
     /// Asks for a copy of the device's calibration in the file @p pathName.

@@ -9,6 +9,7 @@
 #include "update/UpdateResult.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSettings>
@@ -58,9 +59,10 @@ bool UpdateRun::isConnected()
 
 bool UpdateRun::unpackRelease()
 {
+    const QString lastPath =
+        m_update->m_store->value(QLatin1String(browsePathKey), QDir::homePath()).toString();
     m_archivePath = chooseFile(m_window, QFileDialog::AcceptOpen,
-                               QStringLiteral("Please select a firmware file archive."),
-                               m_update->m_store->value(QLatin1String(browsePathKey)).toString(),
+                               QStringLiteral("Please select a firmware file archive."), lastPath,
                                QStringLiteral("7zip files (*.7z)"));
     // An empty path goes the same way: the step tells that there is no such file.
     if (m_update && m_update->extractArchive(m_archivePath)) {
