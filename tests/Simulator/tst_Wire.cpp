@@ -1,5 +1,4 @@
-#include "PortClient.h"
-#include "WireTools.h"
+#include "WireBench.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -21,13 +20,13 @@ int openDescriptors()
 }
 } // namespace
 
-class tst_Wire : public QObject
+class tst_Wire : public WireTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void answersALine();
     void neverEchoesNorRewrites();
@@ -53,31 +52,7 @@ private slots:
 
     void largeNoiseArrivesWhole();
     void largeNoiseWithoutAReaderIsKept();
-
-private:
-    std::unique_ptr<Wire> m_wire;
-    std::unique_ptr<PortClient> m_client;
-    QList<QByteArray> m_log; // what a test notes down in the wire's signals
-    QList<double> m_timesMs;
-    QElapsedTimer m_clock;
 };
-
-void tst_Wire::init()
-{
-    m_log.clear();
-    m_timesMs.clear();
-    m_wire = std::make_unique<Wire>();
-    m_wire->setHandler(echo);
-    QVERIFY2(m_wire->plug(), qPrintable(m_wire->errorString()));
-    m_client = std::make_unique<PortClient>(m_wire->portName());
-    QVERIFY(m_client->isOpen());
-}
-
-void tst_Wire::cleanup()
-{
-    m_client.reset();
-    m_wire.reset();
-}
 
 void tst_Wire::answersALine()
 {

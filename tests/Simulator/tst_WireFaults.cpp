@@ -1,5 +1,4 @@
-#include "PortClient.h"
-#include "WireTools.h"
+#include "WireBench.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -11,13 +10,13 @@
 using namespace Simulator;
 using namespace std::chrono_literals;
 
-class tst_WireFaults : public QObject
+class tst_WireFaults : public WireTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void noReply();
     void lateReply();
@@ -31,31 +30,7 @@ private slots:
 
     void stallMakesWritesComeUpShort();
     void stallOutlivesUnplugging();
-
-private:
-    std::unique_ptr<Wire> m_wire;
-    std::unique_ptr<PortClient> m_client;
-    QList<QByteArray> m_log; // what a test notes down in the wire's signals
-    QList<double> m_timesMs;
-    QElapsedTimer m_clock;
 };
-
-void tst_WireFaults::init()
-{
-    m_log.clear();
-    m_timesMs.clear();
-    m_wire = std::make_unique<Wire>();
-    m_wire->setHandler(echo);
-    QVERIFY2(m_wire->plug(), qPrintable(m_wire->errorString()));
-    m_client = std::make_unique<PortClient>(m_wire->portName());
-    QVERIFY(m_client->isOpen());
-}
-
-void tst_WireFaults::cleanup()
-{
-    m_client.reset();
-    m_wire.reset();
-}
 
 void tst_WireFaults::noReply()
 {

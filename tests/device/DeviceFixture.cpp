@@ -198,6 +198,23 @@ int DeviceTest::Announcements::count(const QString& prefix) const
         all.begin(), all.end(), [&prefix](const QString& text) { return text.startsWith(prefix); }));
 }
 
+void DeviceTest::ConnectedTest::begin()
+{
+    m_bench = std::make_unique<ScriptedBench>();
+    QVERIFY(m_bench->wire().isPlugged());
+    answerAsApplication(*m_bench);
+    m_device = std::make_unique<Device>();
+    QVERIFY(connectWithoutPoll(*m_device));
+    m_bench->clearReceived();
+}
+
+void DeviceTest::ConnectedTest::end()
+{
+    m_device.reset();
+    m_bench.reset();
+    QCOMPARE(m_warnings.take(), QStringList());
+}
+
 void DeviceTest::PollTest::begin()
 {
     m_bench = std::make_unique<ScriptedBench>();

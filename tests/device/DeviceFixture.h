@@ -84,6 +84,18 @@ private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
+/// What a test of the link alone begins with: an application that is connected and not polled.
+class ConnectedTest : public QObject
+{
+protected:
+    void begin();
+    void end();
+
+    QtWarnings m_warnings;
+    std::unique_ptr<ScriptedBench> m_bench;
+    std::unique_ptr<Device> m_device;
+};
+
 /// What a test that runs ticks by hand begins with: a connected device without fault and warning, both told,
 /// and with the countdown of the warnings, which belongs to the process, at its beginning.
 class PollTest : public QObject

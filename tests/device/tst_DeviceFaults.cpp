@@ -8,13 +8,13 @@ using QsLogging::LogLevel;
 using Simulator::WireFault;
 
 /// What can go wrong on the line without the device being gone.
-class tst_DeviceFaults : public QObject
+class tst_DeviceFaults : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void firstChunkIsTheReply();
     void bytesThatWaitInTheSystemAreNoReply();
@@ -26,29 +26,7 @@ private slots:
     void shortWriteIsOverAfterTheTimeout();
     void shortDirectWriteFreesTheLine();
     void restOfAShortWriteIsNeverSent();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
-
-void tst_DeviceFaults::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    QVERIFY(m_bench->wire().isPlugged());
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceFaults::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 void tst_DeviceFaults::firstChunkIsTheReply()
 {

@@ -7,13 +7,13 @@ using namespace DeviceTest;
 using namespace std::chrono_literals;
 using QsLogging::LogLevel;
 
-class tst_DeviceQueue : public QObject
+class tst_DeviceQueue : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void idleLineSendsAtOnce();
     void secondCommandWaitsForTheFirst();
@@ -29,27 +29,7 @@ private slots:
 
 private:
     void queueUp(const QByteArrayList& commands);
-
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
-
-void tst_DeviceQueue::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceQueue::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 /// Leaves the commands in the queue, with the line free.
 void tst_DeviceQueue::queueUp(const QByteArrayList& commands)

@@ -1,91 +1,16 @@
-#include "device/DeviceFixture.h"
-#include "device/Records.h"
-
-#include <QTest>
-
-#include <numeric>
+#include "device/RecordsBench.h"
 
 using namespace DeviceTest;
 using namespace std::chrono_literals;
 
-namespace {
-constexpr int notValid = DeviceResult::RecordNotValid;
-/// Digits that an "rf:" of 128 or of 52 bytes is answered with.
-QByteArray digits128()
-{
-    return QByteArray(256, '1');
-}
-
-QByteArray digits52()
-{
-    return QByteArray(104, '2');
-}
-
-/// One of the six transfers, on buffers of its own.
-struct Transfer
-{
-    const char* name;
-    int lines; ///< that it takes on the wire
-    int (*run)(Device&);
-    int closedCode; ///< when the connection breaks before the first line is answered
-};
-
-SystemConfigBytes countingBytes()
-{
-    SystemConfigBytes bytes{};
-    std::iota(bytes.begin(), bytes.end(), quint8(3));
-    return bytes;
-}
-
-int readSystem(Device& device)
-{
-    SystemConfigBytes bytes{};
-    return device.readSystemConfig(bytes.data());
-}
-
-int readChannels(Device& device)
-{
-    ChannelConfigBytes bytes{};
-    return device.readChannelConfig(bytes.data());
-}
-
-const std::array<Transfer, 6>& transfers()
-{
-    static const std::array<Transfer, 6> all{{
-        {"read system", 4, readSystem, DeviceResult::NotOpen},
-        {"write system", 6, [](Device& device) { return device.writeSystemConfig(countingBytes().data()); },
-         DeviceResult::NotOpen},
-        // Whatever keeps the device from telling that the record is valid.
-        {"read channels", 2, readChannels, notValid},
-        {"write channels", 3,
-         [](Device& device) { return device.writeChannelConfig(countingBytes().data()); },
-         DeviceResult::NotOpen},
-        {"read product", 1,
-         [](Device& device) {
-             ProductConfig record;
-             return device.readProductConfig(record);
-         },
-         DeviceResult::NotOpen},
-        {"write product", 1, [](Device& device) { return device.writeProductConfig({}); },
-         DeviceResult::NotOpen},
-    }};
-    return all;
-}
-
-bool isTransferLine(const QByteArray& line)
-{
-    return line.startsWith("rf:") || line.startsWith("wf:") || line.contains("config");
-}
-} // namespace
-
-/// A device with records; what it is told to write is only confirmed.
-class tst_DeviceRecords : public QObject
+/// What each transfer puts on the wire, what it makes of the replies, and what the link remembers of it.
+class tst_DeviceRecords : public RecordsTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void withoutPortOrBuffer();
     void systemRecordInThreeChunks_data();
@@ -95,74 +20,20 @@ private slots:
     void productConfig();
     void refusedReplies_data();
     void refusedReplies();
-    void everyStepCanFail_data() { steps(); }
+    void everyStepCanFail_data() { addTransferSteps(); }
     void everyStepCanFail();
-    void everyStepCanBeUnplugged_data() { steps(); }
+    void everyStepCanBeUnplugged_data() { addTransferSteps(); }
     void everyStepCanBeUnplugged();
+    void everyStepCanMeetAnotherDevice_data() { addTransferSteps(); }
+    void everyStepCanMeetAnotherDevice();
     void queuedCommandsGoFirst();
     void aWriteAwaitsTheReplyOfOthers();
     void recordsAreKnownUntilAnotherDeviceComes();
     void aSilentDeviceStaysTheSame();
 
 private:
-    static void steps();
-    void connectDevice();
-    QList<QByteArray> transferLines() const;
-
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
-    int m_failingStep = -1;
-    std::function<std::optional<Simulator::Answer>()> m_failure;
+    void plugInAnother();
 };
-
-void tst_DeviceRecords::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_bench->setAnswers({{"issysconfigvalid", "Yes\n"},
-                         {"ischanconfigvalid", "yes\n"},
-                         {"chan_config", "chan_config:" + QByteArray(200, '3') + '\n'},
-                         {"prod_config", "prod_config:vyr_sn=S1\n"}});
-    m_failingStep = -1;
-    m_bench->setResponder([this,
-                           step = 0](const QByteArray& line) mutable -> std::optional<Simulator::Answer> {
-        if (!isTransferLine(line))
-            return std::nullopt;
-        if (step++ == m_failingStep)
-            return m_failure();
-        if (line.startsWith("wf:"))
-            return Simulator::Answer{"Wrote\n", {}};
-        if (line.startsWith("rf:"))
-            return Simulator::Answer{"rf:" + (line.endsWith(" 128") ? digits128() : digits52()) + '\n', {}};
-        return std::nullopt;
-    });
-    connectDevice();
-}
-
-void tst_DeviceRecords::connectDevice()
-{
-    m_device.reset();
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceRecords::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
-
-QList<QByteArray> tst_DeviceRecords::transferLines() const
-{
-    QList<QByteArray> lines = m_bench->lines();
-    lines.erase(std::remove_if(lines.begin(), lines.end(),
-                               [](const QByteArray& line) { return !isTransferLine(line); }),
-                lines.end());
-    return lines;
-}
 
 void tst_DeviceRecords::withoutPortOrBuffer()
 {
@@ -171,7 +42,7 @@ void tst_DeviceRecords::withoutPortOrBuffer()
     QCOMPARE(m_device->readChannelConfig(nullptr), -40010);
     QCOMPARE(m_device->writeChannelConfig(nullptr), -40010);
     Device closed;
-    for (const Transfer& transfer : transfers())
+    for (const RecordTransfer& transfer : transfers())
         QCOMPARE(transfer.run(closed), -40010);
     QCOMPARE(m_bench->lines(), QList<QByteArray>());
 }
@@ -275,8 +146,8 @@ void tst_DeviceRecords::refusedReplies()
     QFETCH(int, transfer);
     QFETCH(int, step);
     QFETCH(QByteArray, reply);
-    m_failingStep = step;
-    m_failure = [reply] { return Simulator::Answer{reply, {}}; };
+    m_oddStep = step;
+    m_oddAnswer = [reply] { return Simulator::Answer{reply, {}}; };
     QTEST(transfers().at(std::size_t(transfer)).run(*m_device), "code");
     QCOMPARE(transferLines().size(), step + 1); // nothing goes on after it
     QVERIFY(!m_device->knownSystemConfig());
@@ -284,26 +155,16 @@ void tst_DeviceRecords::refusedReplies()
     QVERIFY(m_device->isOpen());
 }
 
-void tst_DeviceRecords::steps()
-{
-    QTest::addColumn<int>("transfer");
-    QTest::addColumn<int>("step");
-    for (int transfer = 0; transfer < int(transfers().size()); ++transfer) {
-        const Transfer& tried = transfers().at(std::size_t(transfer));
-        for (int step = 0; step < tried.lines; ++step)
-            QTest::addRow("%s, line %d", tried.name, step + 1) << transfer << step;
-    }
-}
-
 void tst_DeviceRecords::everyStepCanFail()
 {
     QFETCH(int, transfer);
     QFETCH(int, step);
-    const Transfer& tried = transfers().at(std::size_t(transfer));
-    m_failingStep = step;
-    m_failure = [] { return Simulator::Answer{}; };
-    const bool isAsked = tried.closedCode == notValid && step == 0;
-    QCOMPARE(tried.run(*m_device), isAsked ? notValid : int(DeviceResult::NoReply));
+    const RecordTransfer& tried = transfers().at(std::size_t(transfer));
+    m_oddStep = step;
+    m_oddAnswer = [] { return Simulator::Answer{}; };
+    // An unanswered question for the channel record is a no.
+    const bool isAsked = tried.closedCode == DeviceResult::RecordNotValid && step == 0;
+    QCOMPARE(tried.run(*m_device), int(isAsked ? DeviceResult::RecordNotValid : DeviceResult::NoReply));
     QCOMPARE(transferLines().size(), step + 1);
     QVERIFY(!m_device->knownSystemConfig());
     QVERIFY(!m_device->knownChannelConfig());
@@ -317,9 +178,9 @@ void tst_DeviceRecords::everyStepCanBeUnplugged()
 {
     QFETCH(int, transfer);
     QFETCH(int, step);
-    const Transfer& tried = transfers().at(std::size_t(transfer));
-    m_failingStep = step;
-    m_failure = [this] {
+    const RecordTransfer& tried = transfers().at(std::size_t(transfer));
+    m_oddStep = step;
+    m_oddAnswer = [this] {
         later(1ms, [this] { m_bench->wire().unplug(); });
         return Simulator::Answer{};
     };
@@ -328,10 +189,47 @@ void tst_DeviceRecords::everyStepCanBeUnplugged()
     QVERIFY(!m_device->isOpen());
     QVERIFY(!m_device->knownSystemConfig());
     QVERIFY(!m_device->knownChannelConfig());
-    m_failingStep = -1;
+    m_oddStep = -1;
     QVERIFY(m_bench->wire().plug());
     QVERIFY(connectWithoutPoll(*m_device));
     m_bench->clearReceived();
+    QCOMPARE(tried.run(*m_device), 0);
+    QCOMPARE(transferLines().size(), tried.lines);
+}
+
+void tst_DeviceRecords::plugInAnother()
+{
+    m_bench->wire().unplug();
+    QVERIFY(waitUntil([this] { return !m_device->isOpen(); }));
+    QVERIFY(m_bench->wire().plug());
+    QVERIFY(connectWithoutPoll(*m_device));
+    QCOMPARE(m_device->deviceNumber(), 2);
+    m_bench->clearReceived();
+}
+
+void tst_DeviceRecords::everyStepCanMeetAnotherDevice()
+{
+    QFETCH(int, transfer);
+    QFETCH(int, step);
+    const RecordTransfer& tried = transfers().at(std::size_t(transfer));
+    bool swapped = false;
+    m_oddStep = step;
+    m_oddAnswer = [this, &swapped] {
+        // As a box does that is opened meanwhile: the answer is there, and the transfer cannot go on yet.
+        later(0ms, [this, &swapped] {
+            const Announcements heard(*m_device);
+            QVERIFY(waitUntil([&heard] { return !heard.chunks.isEmpty(); }));
+            plugInAnother();
+            swapped = true;
+        });
+        return std::nullopt;
+    };
+    QCOMPARE(tried.run(*m_device), step == 0 ? tried.closedCode : int(DeviceResult::NotOpen));
+    QVERIFY(swapped);
+    QVERIFY(m_device->isOpen());
+    QCOMPARE(m_bench->lines(), QList<QByteArray>());
+    QVERIFY(!m_device->knownSystemConfig());
+    QVERIFY(!m_device->knownChannelConfig());
     QCOMPARE(tried.run(*m_device), 0);
     QCOMPARE(transferLines().size(), tried.lines);
 }

@@ -7,13 +7,13 @@ using namespace DeviceTest;
 using namespace std::chrono_literals;
 using QsLogging::LogLevel;
 
-class tst_DeviceTransport : public QObject
+class tst_DeviceTransport : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void closedPortAnswersNotOpen();
     void replyIsHandedOver();
@@ -32,29 +32,7 @@ private slots:
     void waitWhileBusy();
     void busyTimeoutEndsEvenWithAQueue();
     void queueOfTheApplicationDoesNotHoldUpTheLoader();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
-
-void tst_DeviceTransport::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    QVERIFY(m_bench->wire().isPlugged());
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceTransport::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 void tst_DeviceTransport::closedPortAnswersNotOpen()
 {

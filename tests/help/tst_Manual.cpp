@@ -1,6 +1,7 @@
 #include "Resources/Resources.h"
 #include "help/HelpBench.h"
 #include "help/Manual.h"
+#include "support/Contrast.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,7 +10,6 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 QString fileText(const QString& path)
@@ -37,21 +37,6 @@ QStringList linksOfPage(const QString& page)
     QTextDocument document;
     document.setMarkdown(Manual::text(page));
     return linksOf(document);
-}
-
-double luminance(const QColor& colour)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other)
-{
-    const auto ends = std::minmax({luminance(one), luminance(other)});
-    return (ends.second + 0.05) / (ends.first + 0.05);
 }
 
 /// The "helpPage" properties of a form, read from the form itself.

@@ -55,7 +55,23 @@ private slots:
     void incompleteScenarioChangesNothing();
     void loadsWhileThePollRests();
     void windowGoesWhileItWaits();
+
+private:
+    bool loadHalf();
 };
+
+/// A scenario that closes four shutters and opens the others, at a device that takes the commands but moves
+/// nothing for now.
+bool tst_WindowScenarios::loadHalf()
+{
+    if (!keepScenario(QStringLiteral("B"), lastFour) || !reportShutters(firstFour)) {
+        return false;
+    }
+    m_illuminator->obeysShutters = false;
+    m_illuminator->clearCommands();
+    load(QStringLiteral("B"));
+    return m_illuminator->waitForCommand("shutter:520=0");
+}
 
 void tst_WindowScenarios::closesFirstAndOpensLast()
 {
@@ -84,13 +100,7 @@ void tst_WindowScenarios::closesFirstAndOpensLast()
 
 void tst_WindowScenarios::waitsForTheClosedOnesBeforeOpening()
 {
-    QVERIFY(keepScenario(QStringLiteral("B"), lastFour));
-    QVERIFY(reportShutters(firstFour));
-    // The device takes the commands but moves nothing for now.
-    m_illuminator->obeysShutters = false;
-    m_illuminator->clearCommands();
-    load(QStringLiteral("B"));
-    QVERIFY(m_illuminator->waitForCommand("shutter:520=0"));
+    QVERIFY(loadHalf());
     QVERIFY(m_illuminator->settle(*m_window));
     QVERIFY(!m_illuminator->commands().contains("shutter:528=1"));
     m_illuminator->obeysShutters = true;
@@ -220,12 +230,7 @@ void tst_WindowScenarios::nothingWithoutADevice()
 
 void tst_WindowScenarios::unpluggedWhileItWaits()
 {
-    QVERIFY(keepScenario(QStringLiteral("B"), lastFour));
-    QVERIFY(reportShutters(firstFour));
-    m_illuminator->obeysShutters = false;
-    m_illuminator->clearCommands();
-    load(QStringLiteral("B"));
-    QVERIFY(m_illuminator->waitForCommand("shutter:520=0"));
+    QVERIFY(loadHalf());
     m_illuminator->bench().wire().unplug();
     QTRY_VERIFY(m_boxes->sawOneWarning(
         QStringLiteral("The scenario was not loaded completely: the device was disconnected.")));
@@ -293,11 +298,7 @@ void tst_WindowScenarios::refusedByAnUpdate()
 
 void tst_WindowScenarios::updateThatBeginsWhileItWaits()
 {
-    QVERIFY(keepScenario(QStringLiteral("B"), lastFour));
-    QVERIFY(reportShutters(firstFour));
-    m_illuminator->obeysShutters = false;
-    load(QStringLiteral("B"));
-    QVERIFY(m_illuminator->waitForCommand("shutter:520=0"));
+    QVERIFY(loadHalf());
     QVERIFY(m_illuminator->settle(*m_window));
     m_illuminator->clearCommands();
     const Update::Run run(*m_window->update());
@@ -329,11 +330,7 @@ void tst_WindowScenarios::loadsWhileThePollRests()
 
 void tst_WindowScenarios::windowGoesWhileItWaits()
 {
-    QVERIFY(keepScenario(QStringLiteral("B"), lastFour));
-    QVERIFY(reportShutters(firstFour));
-    m_illuminator->obeysShutters = false;
-    load(QStringLiteral("B"));
-    QVERIFY(m_illuminator->waitForCommand("shutter:520=0"));
+    QVERIFY(loadHalf());
     m_window->close();
     m_window.reset();
     QCoreApplication::processEvents();

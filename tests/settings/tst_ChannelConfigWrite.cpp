@@ -23,6 +23,10 @@ private slots:
     void colour_data();
     void colour();
     void bytesOfNoCellAreKept();
+    void bytesOfNoCellAreReadFirst_data();
+    void bytesOfNoCellAreReadFirst();
+    void bytesOfNoCellCannotBeRead_data();
+    void bytesOfNoCellCannotBeRead();
     void limit_data();
     void limit();
     void applicationLimit_data();
@@ -33,6 +37,9 @@ private slots:
     void doubleClick();
     void queryOnItsWay();
     void changedWhileItIsWritten();
+
+private:
+    void editInApplication(const QByteArray& image);
 };
 
 void tst_ChannelConfigWrite::wholeWrite()
@@ -146,6 +153,61 @@ void tst_ChannelConfigWrite::bytesOfNoCellAreKept()
     QVERIFY(sawDone(boxes));
     QCOMPARE(m_unit.channels.left(4), read.left(4));
     QVERIFY(m_unit.channels != read);
+}
+
+/// Arrives in the loader with a changed table and a record that was never read: not because of its
+/// application, or because it was not valid, and not on the way, as nobody wants to see it then.
+void tst_ChannelConfigWrite::editInApplication(const QByteArray& image)
+{
+    m_unit.image = image;
+    m_unit.channels = QByteArray(channelConfigSize, '\x5a');
+    connectDevice();
+    QVERIFY(m_illuminator->bench().waitForLine("hours?")); // the last that is asked for
+    type("lineEditChannelName1", QStringLiteral("mine"));
+    QCOMPARE(m_device->goLoader(), int(DeviceResult::Ok));
+    QVERIFY(!m_device->knownChannelConfig());
+}
+
+void tst_ChannelConfigWrite::bytesOfNoCellAreReadFirst_data()
+{
+    QTest::addColumn<QByteArray>("image");
+    QTest::addColumn<bool>("wasValid");
+    QTest::newRow("older application") << QByteArray("VYRApp V2.6.2") << true;
+    QTest::newRow("not valid before") << QByteArray("VYRApp V2.7.0") << false;
+}
+
+void tst_ChannelConfigWrite::bytesOfNoCellAreReadFirst()
+{
+    QFETCH(QByteArray, image);
+    QFETCH(bool, wasValid);
+    m_unit.channelsValid = wasValid;
+    editInApplication(image);
+    m_unit.channelsValid = true;
+    const BoxAnswerer boxes;
+    setButton();
+    QVERIFY(sawDone(boxes));
+    QCOMPARE(m_illuminator->bench().count("chan_config"), 1);
+    QCOMPARE(m_unit.channels.left(4), QByteArray(4, '\x5a'));
+    QCOMPARE(m_unit.entry(0).mid(2, 4), QByteArray("mine"));
+}
+
+void tst_ChannelConfigWrite::bytesOfNoCellCannotBeRead_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("silence") << QByteArray();
+    QTest::newRow("garbled") << QByteArray("chan_config:5a5a");
+}
+
+void tst_ChannelConfigWrite::bytesOfNoCellCannotBeRead()
+{
+    QFETCH(QByteArray, answer);
+    editInApplication("VYRApp V2.6.2");
+    m_unit.odd.insert("chan_config", answer);
+    const BoxAnswerer boxes;
+    setButton();
+    QVERIFY(boxes.sawOneWarning(QStringLiteral("Error writing channel configuration")));
+    // There is a valid record, so its other bytes are there to be kept.
+    QCOMPARE(m_unit.channels.left(4), QByteArray(4, '\x5a'));
 }
 
 void tst_ChannelConfigWrite::limit_data()

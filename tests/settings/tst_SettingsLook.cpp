@@ -1,5 +1,6 @@
 #include "Resources/Resources.h"
 #include "settings/SettingsFormBench.h"
+#include "support/Contrast.h"
 
 #include <QHelpEvent>
 #include <QScrollBar>
@@ -7,7 +8,6 @@
 #include <QToolTip>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -16,21 +16,6 @@ namespace {
 constexpr QSize smallScreen(1366, 700);
 /// The same of a screen of 1600 x 1200 pixels at 200 %.
 constexpr QSize denseScreen(800, 560);
-
-double luminance(const QColor& colour)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other)
-{
-    const auto ends = std::minmax({luminance(one), luminance(other)});
-    return (ends.second + 0.05) / (ends.first + 0.05);
-}
 
 /// The greatest contrast of any pixel of @p widget to the one beside its text.
 double shownContrast(QWidget& widget)

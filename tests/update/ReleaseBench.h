@@ -42,6 +42,8 @@ public:
     /// The device runs the release's application beside the release's loader.
     bool isUpdated() const;
 
+    /// What the log has at its gravest, to tell why a run ended.
+    QStringList errors() const { return m_bench->log().lines(QsLogging::LogLevel::Error); }
     Simulator::SimulatedIlluminator& illuminator() { return m_device->illuminator(); }
     PelorinMainWindow& window() { return *m_window; }
     LineRecorder& lines() { return *m_lines; }

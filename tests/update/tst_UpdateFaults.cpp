@@ -135,7 +135,8 @@ QString tryPoint(const Point& point)
     }
     const QStringList first = bench.update();
     if (illuminator.isTrapSet()) {
-        return QStringLiteral("the run did not come this far");
+        return QStringLiteral("the run did not come this far but to ") + first.join(QStringLiteral(" / ")) +
+               QStringLiteral(" | ") + bench.errors().join(QStringLiteral(" | "));
     }
     if (first.isEmpty()) {
         return QStringLiteral("the run ended without a word");
@@ -150,7 +151,8 @@ QString tryPoint(const Point& point)
     }
     const QStringList second = bench.update();
     if (second != QStringList{QStringLiteral("Update complete!")} || !bench.isUpdated()) {
-        return QStringLiteral("the second run ended in: ") + second.join(QStringLiteral(" / "));
+        return QStringLiteral("the second run ended in: ") + second.join(QStringLiteral(" / ")) +
+               QStringLiteral(" | ") + bench.errors().join(QStringLiteral(" | "));
     }
     wrong = bench.leftOver();
     return wrong.isEmpty() ? wrong : wrong + QStringLiteral(" after the second run");
@@ -217,7 +219,7 @@ void tst_UpdateFaults::everyPoint()
             QString::fromUtf8(copy->readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         for (const QString& line : lines) {
             if (line.startsWith(QLatin1String("tried "))) {
-                tried += line.mid(6).toInt();
+                tried += line.midRef(6).toInt();
             } else {
                 wrong.append(line);
             }

@@ -64,6 +64,8 @@ struct Device::Private
     template<typename Pending>
     static void sleepWhile(Pending pending); ///< something that wakes the event loop must be running
     bool isLineBusy() const { return inTransaction || switchPending; }
+    bool isQueueDue() const;
+    bool isBusy() const { return isQueueDue() || isLineBusy(); }
     int startResponseTimer(std::chrono::milliseconds timeout);
     void stopResponseTimer(int turn);
     static void trace(const char* arrow, const QByteArray& bytes);
@@ -89,7 +91,6 @@ struct Device::Private
     int checkRecord(const char* question, int connection) const;
     int writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const;
     int readMemory(quint32 address, quint8* bytes, int size, int connection) const;
-
     // DeviceConnection.cpp, DeviceSwitch.cpp
     void setMode(DeviceMode mode);
     bool mayPoll() const;
@@ -102,7 +103,6 @@ struct Device::Private
     void tellRunningImage();
     int switchImage(const char* command);
     int awaitReconnection(const QDeadlineTimer& deadline);
-
     // DevicePolling.cpp
     void runPollTick();
     bool isTold(int code) const;

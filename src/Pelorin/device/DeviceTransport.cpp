@@ -107,11 +107,9 @@ int Device::waitWhileBusy()
         return DeviceResult::NotOpen;
     // A queue that is being sent further up the stack cannot go on before this returns; to wait for it would
     // end in taking a healthy device for a silent one.
-    // Where nothing is polled nothing drains the queue either; it waits for the application.
-    const auto isQueued = [this] { return d->mayPoll() && !d->commandQueue.isEmpty(); };
-    if (!d->waits.isEmpty() && isQueued())
+    const auto isStuck = [this] { return !d->waits.isEmpty() && d->isQueueDue(); };
+    if (isStuck())
         return DeviceResult::Busy;
-    const auto isBusy = [&] { return isQueued() || d->isLineBusy(); };
     d->awaitSignOfLife();
     d->busyTimedOut = false;
     const int closeCount = d->closeCount;
@@ -120,18 +118,24 @@ int Device::waitWhileBusy()
     ++d->busyWaits;
     Private::sleepWhile([&] {
         const bool timedOut = d->busyTimedOut || d->busyDeadline.hasExpired() || limit.hasExpired();
-        return isBusy() && !timedOut && closeCount == d->closeCount;
+        return d->isBusy() && !timedOut && !isStuck() && closeCount == d->closeCount;
     });
     --d->busyWaits;
     const bool closed = closeCount != d->closeCount;
     // The timer goes on: the device stays unidentified until it is found anew.
-    if (!closed && (d->busyTimedOut || (isBusy() && d->busyDeadline.hasExpired())))
+    if (!closed && (d->busyTimedOut || (d->isBusy() && d->busyDeadline.hasExpired())))
         return DeviceResult::NoReply;
     if (d->busyWaits == 0)
         d->busyTimer.stop();
     if (closed)
         return DeviceResult::NotOpen;
-    return isBusy() ? DeviceResult::Busy : DeviceResult::Ok;
+    return d->isBusy() ? DeviceResult::Busy : DeviceResult::Ok;
+}
+
+/// Where nothing is polled nothing drains the queue either; it waits for the application.
+bool Device::Private::isQueueDue() const
+{
+    return mayPoll() && !commandQueue.isEmpty();
 }
 
 /// Whatever runs inside a busy wait can have the line for longer than the wait, as long as the device
@@ -204,6 +208,9 @@ void Device::Private::onReceived(const QByteArray& chunk)
     QByteArray data = chunk;
     emit q->receivedDataFromDevice(data);
     inTransaction = false;
+    // Whoever holds up the busy wait longer than that does not make a silent device of one that has answered.
+    if (!isBusy())
+        busyTimer.stop();
 }
 
 void Device::Private::onResponseTimeout()

@@ -26,9 +26,9 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_display = std::make_unique<LaserDisplay>(*this);
     m_store = openSettingsStore();
     m_update = new Update(window(), m_store.get());
-    for (const auto signal : {&Update::started, &Update::actionRefused}) {
-        connect(m_update, signal, this, [this] { showStatus(tr("Firmware update in progress.")); });
-    }
+    const auto showUpdate = [this] { showStatus(tr("Firmware update in progress.")); };
+    connect(m_update, &Update::started, this, showUpdate);
+    connect(m_update, &Update::actionRefused, this, showUpdate);
     connect(m_update, &Update::finished, this, &PelorinMainWindow::onUpdateFinished);
 
     m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));

@@ -75,9 +75,12 @@ bool ConfigurationWriter::writeChannels(ChannelConfigTable& table, const Channel
         return false;
     }
     ChannelConfigBytes base = m_device->knownChannelConfig().value_or(ChannelConfigBytes{});
-    // For the bytes that no cell shows; a device that has no valid record has none to keep.
     if (!m_device->knownChannelConfig()) {
-        m_device->readChannelConfig(base.data());
+        const int code = m_device->readChannelConfig(base.data());
+        // For the bytes that no cell shows; a device that has no valid record has none to keep.
+        if (code != DeviceResult::Ok && code != DeviceResult::RecordNotValid) {
+            return false;
+        }
     }
     if (!mayGoOn()) {
         return false;

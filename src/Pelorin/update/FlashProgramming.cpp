@@ -39,10 +39,13 @@ QByteArray writeCommand(const QByteArray& line)
 int sendLine(Device& device, const QByteArray& line)
 {
     QString reply;
-    if (device.transaction(writeCommand(line), reply) != DeviceResult::Ok) {
-        return UpdateResult::LineNotSent;
+    const int code = device.transaction(writeCommand(line), reply);
+    const bool isWritten = code == DeviceResult::Ok && reply.contains(QLatin1String("Wrote"));
+    if (!isWritten) {
+        QS_ERROR() << "FLASH line not written:" << line << "result" << code << "reply" << reply;
     }
-    return reply.contains(QLatin1String("Wrote")) ? UpdateResult::Ok : UpdateResult::LineNotWritten;
+    return isWritten ? UpdateResult::Ok
+                     : (code == DeviceResult::Ok ? UpdateResult::LineNotWritten : UpdateResult::LineNotSent);
 }
 
 /// The next line with its end; empty behind the last one.
