@@ -18,6 +18,8 @@ private slots:
     void applicationOnTheSamePort();
     void portComesBack_data();
     void portComesBack();
+    void anotherDeviceComesInstead_data();
+    void anotherDeviceComesInstead();
     void portGoesAfterTheAnswer();
     void earlierAnswerIsNotTheSwitchs();
     void secondSwitchIsRefused();
@@ -148,6 +150,35 @@ void tst_DeviceSwitch::portComesBack()
     QCOMPARE(heard.count(QStringLiteral("disconnected")), 1);
     QCOMPARE(heard.count(QStringLiteral("connected")), 1);
     QCOMPARE(errorMessages(log), QStringList{QStringLiteral("Serial port error ResourceError")});
+}
+
+void tst_DeviceSwitch::anotherDeviceComesInstead_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<bool>("isAnother");
+
+    QTest::newRow("the same") << QStringLiteral("A1") << QStringLiteral("A1") << false;
+    QTest::newRow("another") << QStringLiteral("A1") << QStringLiteral("B2") << true;
+    QTest::newRow("no number any more") << QStringLiteral("A1") << QString() << false;
+}
+
+/// Whatever was begun with the device that was told to switch must not go on with the other one.
+void tst_DeviceSwitch::anotherDeviceComesInstead()
+{
+    QFETCH(const QString, before);
+    QFETCH(const QString, after);
+    QFETCH(const bool, isAnother);
+    m_bench->ports().setSerialNumber(before);
+    m_device->selectPort({});
+    QVERIFY(connectWithoutPoll(*m_device));
+    const int number = m_device->deviceNumber();
+    m_bench->setAnswer("goloader", {});
+    m_bench->ports().setSerialNumber(after);
+    restartInto(becomeLoader, 100ms, QStringLiteral("ttyVYR0"));
+    QCOMPARE(m_device->goLoader(), isAnother ? -40011 : 0);
+    QCOMPARE(m_device->deviceMode(), DeviceMode::Loader);
+    QCOMPARE(m_device->deviceNumber(), isAnother ? number + 1 : number);
 }
 
 void tst_DeviceSwitch::portGoesAfterTheAnswer()

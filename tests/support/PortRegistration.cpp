@@ -47,7 +47,7 @@ QList<SerialPortEntry> PortRegistration::list() const
 {
     QList<SerialPortEntry> ports = m_inFront;
     if (m_wire.isPlugged()) {
-        ports.append({m_wire.portName(), m_vendorId, m_productId});
+        ports.append({m_wire.portName(), m_vendorId, m_productId, m_serialNumber});
     }
     return ports + m_behind;
 }

@@ -23,6 +23,8 @@ public:
 
     /// The identifiers that the wire's port is listed with; the illuminator's own at first.
     void setUsbIdentifiers(std::optional<quint16> vendorId, std::optional<quint16> productId);
+    /// Empty at first.
+    void setSerialNumber(const QString& serialNumber) { m_serialNumber = serialNumber; }
     /// Ports that exist beside the wire's: listed in front of it or behind it.
     void addPortInFront(const SerialPortEntry& port) { m_inFront.append(port); }
     void addPortBehind(const SerialPortEntry& port) { m_behind.append(port); }
@@ -35,6 +37,7 @@ private:
     const Simulator::Wire& m_wire;
     std::optional<quint16> m_vendorId = 0x2F26;
     std::optional<quint16> m_productId = 0x3A98;
+    QString m_serialNumber;
     QList<SerialPortEntry> m_inFront;
     QList<SerialPortEntry> m_behind;
 };

@@ -45,6 +45,7 @@ public:
     /// What the log has at its gravest, to tell why a run ended.
     QStringList errors() const { return m_bench->log().lines(QsLogging::LogLevel::Error); }
     Simulator::SimulatedIlluminator& illuminator() { return m_device->illuminator(); }
+    PortRegistration& ports() { return m_device->ports(); }
     PelorinMainWindow& window() { return *m_window; }
     LineRecorder& lines() { return *m_lines; }
     QString archivePath() const { return m_archivePath; }

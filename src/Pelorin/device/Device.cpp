@@ -50,6 +50,11 @@ bool Device::isShutDown() const
     return d->shutDown;
 }
 
+bool Device::isWaiting() const
+{
+    return !d->waits.isEmpty() || d->busyWaits > 0 || d->switching || d->identifying > 0;
+}
+
 DeviceMode Device::deviceMode() const
 {
     return d->deviceMode;

@@ -12,7 +12,6 @@
 #include <optional>
 
 class channel;
-
 /// The link to the one illuminator: it owns the serial port, finds and identifies the device, polls its
 /// state and carries every command. All operations return a DeviceResult code (see ResultCodes.h).
 ///
@@ -47,6 +46,7 @@ public:
     /// Waits until nothing is queued and no reply is due. NoReply after 1500 ms of silence: the device counts
     /// as not identified then, and is opened anew. Busy where the wait would keep the queue from being sent.
     int waitWhileBusy();
+    bool isWaiting() const; ///< some operation is, further up the stack
     /// The terminal's bytes, as they are, outside any transaction; nothing when the port is not open.
     void writeRaw(const QByteArray& bytes);
     /// Ends every wait and lets none begin, for the end of the program: operations return NotOpen then.

@@ -78,15 +78,19 @@ void Device::Private::openFirstIlluminator(const QList<SerialPortEntry>& ports)
         return;
     }
     portName = found->name;
-    countDevice(found->name);
+    countDevice(*found);
     QS_INFO() << "Successfully opened device" << found->name;
     runConnectionSequence();
 }
 
-/// A device that was silent for a while, or left the bus to change its image, is still the same.
-void Device::Private::countDevice(const QString& openedPort)
+/// A device that was silent for a while, or left the bus to change its image, is still the same, unless its
+/// serial number tells that somebody has plugged in another one meanwhile.
+void Device::Private::countDevice(const SerialPortEntry& port)
 {
-    if (switching || stayedPort == openedPort)
+    const bool isAnother =
+        !usbSerialNumber.isEmpty() && !port.serialNumber.isEmpty() && usbSerialNumber != port.serialNumber;
+    usbSerialNumber = port.serialNumber;
+    if ((switching || stayedPort == port.name) && !isAnother)
         return;
     ++deviceNumber;
     systemConfig.reset();

@@ -58,7 +58,6 @@ struct Device::Private
         int generation = 0;       ///< of the tick that runs
         bool sourceKnown = false; ///< this tick's "int_mode?" succeeded
     };
-
     explicit Private(Device& device);
     // DeviceTransport.cpp
     template<typename Pending>
@@ -96,13 +95,13 @@ struct Device::Private
     bool mayPoll() const;
     void watchOpenPort(const QList<SerialPortEntry>& ports);
     void openFirstIlluminator(const QList<SerialPortEntry>& ports);
-    void countDevice(const QString& openedPort);
+    void countDevice(const SerialPortEntry& port);
     void runConnectionSequence();
     void identify();
     void identifyStoredImages();
     void tellRunningImage();
     int switchImage(const char* command);
-    int awaitReconnection(const QDeadlineTimer& deadline);
+    int awaitReconnection(const QDeadlineTimer& deadline, int device);
     // DevicePolling.cpp
     void runPollTick();
     bool isTold(int code) const;
@@ -115,7 +114,8 @@ struct Device::Private
     Device* const q;
     SerialLine line;
     QString portName;
-    QString stayedPort; ///< closed by the link itself, and listed ever since
+    QString usbSerialNumber; ///< of the device that was opened last
+    QString stayedPort;      ///< closed by the link itself, and listed ever since
     QList<QByteArray> commandQueue;
     QList<ReplyWait*> waits; ///< the running ones, outermost first
     QTimer connectionTimer;

@@ -21,23 +21,24 @@ int Device::Private::switchImage(const char* command)
     const QScopedValueRollback<bool> guard(switching, true);
     const QDeadlineTimer deadline(switchTimeout);
     const int closeCountBefore = closeCount;
+    const int device = deviceNumber;
     // It would be taken for the new image's.
     if (!awaitReplyOfOthers())
         return DeviceResult::NotOpen;
     const int result = q->sendGoCommand(command);
     if (closeCount != closeCountBefore)
-        return awaitReconnection(deadline);
+        return awaitReconnection(deadline, device);
     // The answer may be all that is missing; nobody knows what runs, and the connection check finds out.
     if (result == DeviceResult::NoReplyToSwitch)
         setMode(DeviceMode::NotIdentified);
     if (result != DeviceResult::Ok)
         return result;
     runConnectionSequence();
-    return closeCount == closeCountBefore ? int(DeviceResult::Ok) : awaitReconnection(deadline);
+    return closeCount == closeCountBefore ? int(DeviceResult::Ok) : awaitReconnection(deadline, device);
 }
 
 /// A device that restarts may leave the bus for a while; the scan finds it again.
-int Device::Private::awaitReconnection(const QDeadlineTimer& deadline)
+int Device::Private::awaitReconnection(const QDeadlineTimer& deadline, int device)
 {
     const QScopedValueRollback<int> allowed(reopenAllowedAt, identifying);
     const auto isIdentified = [this] { return q->isOpen() && deviceMode != DeviceMode::NotIdentified; };
@@ -45,5 +46,6 @@ int Device::Private::awaitReconnection(const QDeadlineTimer& deadline)
     sleepWhile([&] { return !shutDown && !deadline.hasExpired() && !isIdentified(); });
     if (shutDown)
         return DeviceResult::NotOpen;
-    return isIdentified() ? DeviceResult::Ok : DeviceResult::NoReplyToSwitch;
+    // Another device in its place has not switched anything.
+    return isIdentified() && deviceNumber == device ? DeviceResult::Ok : DeviceResult::NoReplyToSwitch;
 }

@@ -25,7 +25,7 @@ QList<SerialPortEntry> platformPorts()
     QList<SerialPortEntry> entries;
     const auto ports = QSerialPortInfo::availablePorts();
     for (const QSerialPortInfo& port : ports) {
-        SerialPortEntry entry{port.portName(), {}, {}};
+        SerialPortEntry entry{port.portName(), {}, {}, port.serialNumber()};
         if (port.hasVendorIdentifier())
             entry.vendorId = port.vendorIdentifier();
         if (port.hasProductIdentifier())

@@ -12,6 +12,7 @@ struct SerialPortEntry
     QString name;                     ///< as QSerialPort::setPortName takes it
     std::optional<quint16> vendorId;  ///< USB vendor identifier, where the port has one
     std::optional<quint16> productId; ///< USB product identifier, where the port has one
+    QString serialNumber = {};        ///< USB serial number; empty where the port has none
 };
 
 namespace SerialPorts {

@@ -183,7 +183,7 @@ ShutterAnswer PelorinMainWindow::changeShutter(channel& laser, bool open)
     if (open && code == DeviceResult::Ok) {
         m_panel->noteShutterRequest(number, true);
     } else if (code == DeviceResult::NotOpen) {
-        keepClosingsInMind();
+        keepClosingsInMind(false);
     }
     return {QString(), code};
 }

@@ -176,15 +176,25 @@ void PelorinMainWindow::onDeviceConnected(const QString& portName)
     }
 }
 
-void PelorinMainWindow::onUpdateFinished(bool reconnected)
+void PelorinMainWindow::onUpdateFinished(bool touched)
 {
-    if (!m_device || !m_device->isOpen() || m_scenario == nullptr) {
+    if (!m_device || m_scenario == nullptr) {
         return;
     }
-    showModeInStatusBar();
-    if (reconnected) {
-        // A device with new firmware begins dark, whatever was open before.
-        greetDevice(ShutterStates{});
+    if (touched) {
+        // A device with new firmware begins dark, whatever was open before, and whenever it is connected.
+        keepClosingsInMind(true);
+    }
+    if (!m_device->isOpen()) {
+        return;
+    }
+    if (m_device->isApplicationConnected()) {
+        showModeInStatusBar();
+    } else {
+        showStatus(tr("Device connected on %1").arg(m_device->portName()));
+    }
+    if (touched) {
+        greetDevice(knownShutterStates(m_scenario));
     }
 }
 
@@ -238,12 +248,12 @@ void PelorinMainWindow::sendEverything(const ShutterStates& states)
 
 /// The states are sent again on connecting. A shutter that was to be closed must not come back open because
 /// its report was lost with the connection, nor one that the external inputs had opened because this computer
-/// got the control meanwhile.
-void PelorinMainWindow::keepClosingsInMind()
+/// got the control meanwhile, nor any of a device that was restarted (`all`).
+void PelorinMainWindow::keepClosingsInMind(bool all)
 {
     const bool openedByInputs = m_choices.shutterControl != 1;
     for (int number = 1; number <= channelCount; ++number) {
-        if (openedByInputs || m_panel->isClosingPending(number)) {
+        if (all || openedByInputs || m_panel->isClosingPending(number)) {
             emit channelShutterChanged(laser(number), false);
             m_panel->showShutter(number, false);
         }
@@ -255,7 +265,7 @@ void PelorinMainWindow::onDeviceDisconnected(const QString& portName)
     showStatus(tr("Device disconnected on %1").arg(portName));
     m_laserOn = false;
     m_scenarioControl->onDeviceDisconnected();
-    keepClosingsInMind();
+    keepClosingsInMind(false);
     m_panel->forgetRequests();
     m_panel->forgetReportedIntensities();
     m_display->showDisconnected();

@@ -72,7 +72,7 @@ public slots:
     void onEnhancedDiagsChanged(bool enabled);
     void onInvertTTLChanged(quint8 channelIndex, bool inverted); ///< counts from 0
     void onSettingsDialogClosed(int result);
-    void onUpdateFinished(bool reconnected); ///< the device was identified anew, and nobody cared for it yet
+    void onUpdateFinished(bool touched); ///< see Update::finished()
 
     void updateChannelName(channel* laser, const QString& name);
     /// Stores the level in the channel and sends it.
@@ -124,7 +124,7 @@ private:
     void greetDevice(const ShutterStates& states);
     void readIdentity();
     void sendEverything(const ShutterStates& states);
-    void keepClosingsInMind();
+    void keepClosingsInMind(bool all);
     void createChannels(const UserSettings& settings);
     void connectChannels();
     int effectiveSleepMinutes() const; ///< 0 while the timer is switched off

@@ -11,20 +11,22 @@
 #include "ui_SettingsDialog.h"
 #include "update/Update.h"
 
-bool SettingsDialog::isUpdating() const
+namespace {
+bool isRunning(const Update* update)
 {
-    return m_update && m_update->isInProgress();
+    return update != nullptr && update->isInProgress();
 }
+} // namespace
 
 bool SettingsDialog::mayRead() const
 {
-    return m_device && m_device->isOpen() && !isUpdating();
+    return m_device && m_device->isOpen() && !isRunning(m_update);
 }
 
 void SettingsDialog::receivedDataFromDevice(QByteArray& bytes)
 {
     // The programming traffic of an update would flush everything of interest out of the terminal.
-    if (!isUpdating()) {
+    if (!isRunning(m_update)) {
         m_ui->consoleWindow->putData(bytes);
     }
 }
@@ -37,7 +39,7 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
     }
     m_ports->showConnected(portName);
     m_service->showRunning();
-    if (isUpdating()) {
+    if (isRunning(m_update)) {
         return;
     }
     m_hoursKnown = false;
@@ -46,12 +48,12 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
     m_identityReader->startLater();
 }
 
-void SettingsDialog::catchUpWithUpdate(bool reconnected)
+void SettingsDialog::catchUpWithUpdate(bool touched)
 {
     if (isVisible()) {
         letPollingFollow(m_ui->tabWidget->currentWidget());
     }
-    if (reconnected && m_device && m_device->isOpen()) {
+    if (touched && m_device && m_device->isOpen()) {
         onDeviceConnected(m_device->portName());
     }
 }
@@ -85,7 +87,7 @@ void SettingsDialog::on_tabWidget_tabBarClicked(int index)
 
 void SettingsDialog::letPollingFollow(const QWidget* page)
 {
-    if (m_device && !isUpdating()) {
+    if (m_device && !isRunning(m_update)) {
         m_device->setPolling(page != m_ui->tabServiceDevelopment);
     }
 }

@@ -1,5 +1,6 @@
 // The system configuration between device, editor and calibration file.
 
+#include "QsLog2_1_0/QsLog.h"
 #include "boxes/ChooseFile.h"
 #include "boxes/TellUser.h"
 #include "device/Device.h"
@@ -173,8 +174,23 @@ void SettingsDialog::saveSystemConfigData(QString pathName, bool promptForFileSa
         return;
     }
     m_systemConfig->finishTyping();
-    CalibrationFile::write(
-        pathName, CalibrationFile::toJson(m_systemConfig->texts(), m_systemConfig->novalumHeaders()));
+    if (!CalibrationFile::write(
+            pathName, CalibrationFile::toJson(m_systemConfig->texts(), m_systemConfig->novalumHeaders()))) {
+        QS_ERROR() << "Calibration file not written:" << pathName;
+    }
+}
+
+void SettingsDialog::saveCalibrationBackup(const QString& pathName)
+{
+    // A device that was plugged in just before the update: the cells may still be another one's.
+    if (m_device && !m_systemConfig->isFor(m_device->deviceNumber())) {
+        m_systemConfig->belongTo(m_device->deviceNumber());
+        SystemConfigBytes record{};
+        if (m_device->readSystemConfig(record.data()) == DeviceResult::Ok) {
+            m_systemConfig->showFromDevice(SystemConfigRecord::toTexts(record));
+        }
+    }
+    saveSystemConfigData(pathName, false);
 }
 
 void SettingsDialog::pasteData()

@@ -31,6 +31,7 @@ namespace {
 constexpr int systemConfigPosition = 1;
 constexpr int serviceDevelopmentPosition = 6;
 constexpr std::chrono::seconds pollInterval{1};
+constexpr std::chrono::milliseconds retryInterval{5};
 constexpr char comPortKey[] = "Device Com Port";
 
 void setTabPresent(QTabWidget& tabs, QWidget* page, const QString& caption, int position, bool present)
@@ -78,8 +79,7 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
         }
     });
     if (m_update) {
-        connect(m_update, &Update::saveSettingsInfo, this,
-                [this](const QString& pathName) { saveSystemConfigData(pathName, false); });
+        connect(m_update, &Update::saveSettingsInfo, this, &SettingsDialog::saveCalibrationBackup);
         connect(m_update, &Update::finished, this, &SettingsDialog::catchUpWithUpdate);
     }
     Help::install(this,
@@ -281,9 +281,15 @@ void SettingsDialog::on_pushButtonSystemReset2_clicked()
 void SettingsDialog::on_pushButtonUpdateFirmware_clicked()
 {
     // What is being written to the device would go on in the middle of the update, or after it.
-    if (m_update && !m_update->isInProgress() && !m_systemInfo->isWriting() && !m_service->isSwitching()) {
-        m_update->firmwareUpdate(m_device);
+    if (!m_update || m_update->isInProgress() || m_systemInfo->isWriting() || m_service->isSwitching()) {
+        return;
     }
+    // So would whatever this click was handled in; it comes to its end before long.
+    if (m_device && m_device->isWaiting()) {
+        QTimer::singleShot(retryInterval, this, &SettingsDialog::on_pushButtonUpdateFirmware_clicked);
+        return;
+    }
+    m_update->firmwareUpdate(m_device);
 }
 
 void SettingsDialog::on_pushButtonUpdateApplication_clicked()

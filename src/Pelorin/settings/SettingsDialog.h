@@ -123,8 +123,8 @@ private:
     bool readIdentity();
     bool readSystemConfig();
     bool readChannelConfig();
-    void catchUpWithUpdate(bool reconnected);
-    bool isUpdating() const;
+    void catchUpWithUpdate(bool touched);
+    void saveCalibrationBackup(const QString& pathName);
     bool mayRead() const; ///< the device is there, and nobody has it for himself
 
     std::unique_ptr<Ui::SettingsDialog> m_ui;

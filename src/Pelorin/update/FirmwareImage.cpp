@@ -22,8 +22,8 @@ public:
     /// False when there is no room for the record's data.
     bool take(const SRecord& record)
     {
-        // The device counts the byte behind the header as the header's. Below the base the difference wraps
-        // around and is far too large.
+        // The byte behind the header counts as the header's, too. Below the base the difference wraps around
+        // and is far too large.
         if (record.address - m_base > size) {
             return true;
         }

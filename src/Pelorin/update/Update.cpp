@@ -1,6 +1,7 @@
 #include "update/Update.h"
 
 #include "device/Device.h"
+#include "update/ArchiveExtractor.h"
 #include "update/ArchiveStep.h"
 #include "update/FirmwareImage.h"
 #include "update/FlashProgramming.h"
@@ -23,7 +24,7 @@ Update::Run::Run(Update& update)
 {
     if (!update.m_inProgress) {
         update.m_inProgress = true;
-        update.m_reconnected = false;
+        update.m_touched = false;
         m_update = &update;
         emit update.started();
     }
@@ -33,11 +34,14 @@ Update::Run::~Run()
 {
     if (m_update) {
         m_update->m_inProgress = false;
-        emit m_update->finished(m_update->m_reconnected);
+        emit m_update->finished(m_update->m_touched);
     }
 }
 
-Update::Update(QWidget* topLevelWindow, QSettings* store) : QObject(topLevelWindow), m_store(store) {}
+Update::Update(QWidget* topLevelWindow, QSettings* store)
+    : QObject(topLevelWindow), m_store(store), m_extractor(std::make_shared<ArchiveExtractor>())
+{
+}
 
 bool Update::refusesAction()
 {
@@ -56,7 +60,7 @@ void Update::firmwareUpdate(Device* device)
     m_device = device;
     QMetaObject::Connection watch;
     if (device != nullptr) {
-        watch = connect(device, &Device::deviceConnected, this, [this] { m_reconnected = true; });
+        watch = connect(device, &Device::deviceConnected, this, [this] { m_touched = true; });
     }
     UpdateRun(*this).run();
     disconnect(watch);
@@ -64,7 +68,8 @@ void Update::firmwareUpdate(Device* device)
 
 bool Update::extractArchive(const QString& archivePath)
 {
-    return ArchiveStep::run(m_extractor, archivePath, window());
+    const auto extractor = m_extractor; // the window may be deleted while it works
+    return ArchiveStep::run(*extractor, archivePath, window());
 }
 
 int Update::checkFirmwareFile(QFile& file, FirmwareVersion& version)

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "update/ArchiveExtractor.h"
-
 #include <QObject>
 #include <QPointer>
 #include <QString>
 
+#include <memory>
+
+class ArchiveExtractor;
 class Device;
 class QFile;
 class QSettings;
@@ -60,9 +61,9 @@ signals:
     void actionRefused();
     /// Asks for a copy of the device's calibration in the file @p pathName.
     void saveSettingsInfo(const QString& pathName);
-    /// A run is over, and the line is free again. @p reconnected tells that the device was identified anew
-    /// meanwhile, which nobody else did anything about.
-    void finished(bool reconnected);
+    /// A run is over, and the line is free again. @p touched tells that the device was restarted or
+    /// identified anew meanwhile, which nobody else did anything about.
+    void finished(bool touched);
 
 private:
     friend class UpdateRun;
@@ -70,8 +71,8 @@ private:
     QWidget* window() const;
 
     QSettings* m_store;
-    QPointer<Device> m_device; ///< of the run
-    ArchiveExtractor m_extractor;
+    QPointer<Device> m_device;                     ///< of the run
+    std::shared_ptr<ArchiveExtractor> m_extractor; ///< which goes on when the update goes
     bool m_inProgress = false;
-    bool m_reconnected = false;
+    bool m_touched = false; ///< the device, by this run
 };

@@ -128,10 +128,8 @@ bool UpdateRun::checkImage(Image& image, const char* cannotOpen, const char* isI
 void UpdateRun::updateDevice()
 {
     // Whatever was asked before must be answered: its reply would be taken for that of the next question.
-    if (m_device) {
-        m_device->waitWhileBusy();
-    }
-    if (mode() == DeviceMode::NotIdentified) {
+    const bool isAtRest = m_device && m_device->waitWhileBusy() == DeviceResult::Ok;
+    if (!isAtRest || mode() == DeviceMode::NotIdentified) {
         warn(QStringLiteral("Error communicating with device."));
         return;
     }
@@ -182,14 +180,9 @@ int UpdateRun::updateLoader()
 
 int UpdateRun::startLoaderUpdater()
 {
-    if (!m_updater.file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        warn(QStringLiteral("Unable to open loader updater file."));
-        return UpdateResult::UpdaterNotOpened;
-    }
-    m_updater.lineCount = Update::checkFirmwareFile(m_updater.file, m_updater.version);
-    if (m_updater.lineCount == 0) {
-        warn(QStringLiteral("Invalid loader updater firmware file."));
-        return failed(noTransitionToLoader);
+    if (!checkImage(m_updater, "Unable to open loader updater file.",
+                    "Invalid loader updater firmware file.")) {
+        return m_updater.file.isOpen() ? failed(noTransitionToLoader) : int(UpdateResult::UpdaterNotOpened);
     }
     int result = returnToLoader();
     if (result == UpdateResult::Ok) {
@@ -235,6 +228,7 @@ int UpdateRun::programLoader()
 
 int UpdateRun::switchTo(DeviceMode wanted, Switch command, const char* noTransition, const char* wrongImage)
 {
+    m_update->m_touched = true;
     if ((m_device->*command)() != DeviceResult::Ok) {
         return failed(noTransition);
     }
@@ -259,6 +253,7 @@ void UpdateRun::startApplication()
         warn(QStringLiteral("Error - Application failed CRC check after programming."));
         return;
     }
+    m_update->m_touched = true;
     if (m_device->goApp() != DeviceResult::Ok) {
         delete m_status;
         warn(QStringLiteral("Error transitioning to application."));
