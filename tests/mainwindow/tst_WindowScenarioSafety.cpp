@@ -147,8 +147,9 @@ void tst_WindowScenarioSafety::whatTheInputsOpenedIsNotOpenedAgain()
     m_illuminator->clearCommands();
     QVERIFY(m_illuminator->bench().wire().plug());
     QVERIFY(m_illuminator->connectTo(*m_window));
-    QCOMPARE(m_illuminator->commands().count("shutter:405=0"), 1);
-    for (const QByteArray& command : m_illuminator->commands()) {
+    const QList<QByteArray> commands = m_illuminator->commands();
+    QCOMPARE(commands.count("shutter:405=0"), 1);
+    for (const QByteArray& command : commands) {
         QVERIFY2(!command.startsWith("shutter:") || command.endsWith("=0"), command.constData());
     }
 }
