@@ -3,10 +3,10 @@
 #include "QsLog2_1_0/QsLog.h"
 #include "Resources/Resources.h"
 #include "mainwindow/PelorinMainWindow.h"
+#include "mainwindow/SettingsStore.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QStandardPaths>
 #include <QStringList>
 
 namespace {
@@ -32,9 +32,7 @@ int runWindow(const QString& arguments, const std::function<void(PelorinMainWind
 
 QString prepareDataFolder()
 {
-    const QString documents =
-        QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
-    QString folder = QDir::cleanPath(documents + QLatin1String("/Tarnwick/VYR"));
+    QString folder = dataFolder();
     if (!QDir(folder).exists()) {
         QDir().mkpath(folder);
     }

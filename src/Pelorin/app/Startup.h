@@ -8,7 +8,7 @@ class PelorinMainWindow;
 
 // The program's start, in small steps, for the thin main functions that share it.
 
-/// "Tarnwick/VYR" in the user's documents folder, created where it is missing; whether that worked is not
+/// The program's data folder (see dataFolder()), created where it is missing; whether that worked is not
 /// told, because the program runs without its log file, too.
 QString prepareDataFolder();
 

@@ -3,10 +3,12 @@
 #include "QsLog2_1_0/QsLog.h"
 
 #include <QByteArrayList>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSettings>
+#include <QStandardPaths>
 
 #include <algorithm>
 
@@ -73,6 +75,13 @@ void restore(const QString& fileName, const QByteArray& content)
     }
 }
 } // namespace
+
+QString dataFolder()
+{
+    const QString documents =
+        QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
+    return QDir::cleanPath(documents + QLatin1String("/Tarnwick/VYR"));
+}
 
 std::unique_ptr<QSettings> openSettingsStore()
 {

@@ -1,8 +1,14 @@
 #pragma once
 
+#include <QString>
+
 #include <memory>
 
 class QSettings;
+
+/// Where the program keeps its log and the backups of calibrations: "Tarnwick/VYR" in the user's documents
+/// folder, without a slash at its end. It need not exist.
+QString dataFolder();
 
 /// The user's settings store. A file that cannot be understood is copied to "<file>.unreadable" (with a
 /// number behind it where that name is taken) before anything is written over it.

@@ -1,6 +1,7 @@
 #include "update/Update.h"
 
 #include "device/Device.h"
+#include "mainwindow/SettingsStore.h"
 #include "update/ArchiveExtractor.h"
 #include "update/ArchiveStep.h"
 #include "update/FirmwareImage.h"
@@ -9,8 +10,6 @@
 #include "update/UpdateRun.h"
 
 #include <QDateTime>
-#include <QDir>
-#include <QStandardPaths>
 #include <QWidget>
 
 namespace {
@@ -88,11 +87,8 @@ int Update::programFlash(QFile& file, int lineCount, const QString& title)
 void Update::saveCalibrationBackup()
 {
     const FirmwareVersion version = m_device ? m_device->applicationVersion().version : FirmwareVersion{};
-    const QString folder =
-        QStandardPaths::locate(QStandardPaths::DocumentsLocation, QString(), QStandardPaths::LocateDirectory);
-    // A folder is located with a slash at its end.
     emit saveSettingsInfo(
-        QDir::cleanPath(folder % QStringLiteral("/Tarnwick/VYR")) % QStringLiteral("/CalibrationConfig ") %
+        dataFolder() % QStringLiteral("/CalibrationConfig ") %
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hhmmss")) %
         QStringLiteral(" V%1_%2_%3.json")
             .arg(twoDigits(version.major), twoDigits(version.minor), twoDigits(version.patch)));

@@ -228,11 +228,16 @@ int UpdateRun::programLoader()
 
 int UpdateRun::switchTo(DeviceMode wanted, Switch command, const char* noTransition, const char* wrongImage)
 {
-    m_update->m_touched = true;
-    if ((m_device->*command)() != DeviceResult::Ok) {
+    if (!restartInto(command)) {
         return failed(noTransition);
     }
     return mode() == wanted ? int(UpdateResult::Ok) : failed(wrongImage);
+}
+
+bool UpdateRun::restartInto(Switch command)
+{
+    m_update->m_touched = true;
+    return (m_device->*command)() == DeviceResult::Ok;
 }
 
 int UpdateRun::program(Image& image, const char* title)
@@ -253,8 +258,7 @@ void UpdateRun::startApplication()
         warn(QStringLiteral("Error - Application failed CRC check after programming."));
         return;
     }
-    m_update->m_touched = true;
-    if (m_device->goApp() != DeviceResult::Ok) {
+    if (!restartInto(&Device::goApp)) {
         delete m_status;
         warn(QStringLiteral("Error transitioning to application."));
         return;

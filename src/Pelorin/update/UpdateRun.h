@@ -53,6 +53,7 @@ private:
     int returnToLoader();
     int programLoader();
     int switchTo(DeviceMode wanted, Switch command, const char* noTransition, const char* wrongImage);
+    bool restartInto(Switch command);
     int program(Image& image, const char* title);
 
     void startApplication();
