@@ -39,7 +39,7 @@ function(vyr_add_test name)
     set(arg_TIMEOUT 120)
   endif()
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE vyr_options Qt5::Test ${arg_LIBRARIES})
+  target_link_libraries(${name} PRIVATE vyr_options Qt::Test ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   add_test(NAME ${name} COMMAND ${name})
   set(environment
