@@ -1,6 +1,7 @@
 # What every target of the project shares: warnings, sanitizers and Qt's stricter rules.
 
 option(VYR_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(VYR_COVERAGE "Count which lines and branches run; clang++ only" OFF)
 option(VYR_FUZZ "Build the fuzzers, too; clang++ only" OFF)
 
 add_library(vyr_options INTERFACE)
@@ -14,6 +15,10 @@ if(VYR_SANITIZE)
   target_compile_options(vyr_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_link_options(vyr_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(VYR_COVERAGE)
+  target_compile_options(vyr_options INTERFACE -fprofile-instr-generate -fcoverage-mapping)
+  target_link_options(vyr_options INTERFACE -fprofile-instr-generate)
 endif()
 if(VYR_FUZZ)
   # The fuzzer sees which way an input takes through everything that is compiled so.

@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 
 namespace {
@@ -178,8 +179,9 @@ bool DemoPanel::eventFilter(QObject* watched, QEvent* event)
 
 void DemoPanel::closeEvent(QCloseEvent* event)
 {
-    // It could not be brought back; it goes with the window.
-    if (event->spontaneous()) {
+    // It could not be brought back while the window is there. With that closed it must not be in the way of
+    // the end: the application asks every window that is left, in the system's name.
+    if (event->spontaneous() && parentWidget()->isVisible()) {
         event->ignore();
     }
 }
@@ -187,10 +189,42 @@ void DemoPanel::closeEvent(QCloseEvent* event)
 void DemoPanel::showBesideWindow()
 {
     adjustSize();
+    QRect window = parentWidget()->frameGeometry();
     const QRect screen = parentWidget()->screen()->availableGeometry();
-    const QRect window = parentWidget()->frameGeometry();
-    move(std::min(window.right() + gapToWindow, screen.right() - width()), window.top());
+    // Not known before it is shown; a tool's frame is no larger than that of a window.
+    const QSize whole = size() + (window.size() - parentWidget()->size());
+    const QPoint moved = placeWithRoom(window, whole, screen);
+    if (moved != window.topLeft()) {
+        parentWidget()->move(moved);
+        window.moveTopLeft(moved);
+    }
+    move(placeBeside(window, whole, screen));
     show();
+}
+
+QPoint DemoPanel::placeWithRoom(const QRect& window, const QSize& panel, const QRect& screen)
+{
+    const QRect place(placeBeside(window, panel, screen), panel);
+    const int left = screen.right() + 1 - panel.width() - gapToWindow - window.width();
+    return place.intersects(window) && left >= screen.left() ? QPoint(left, window.top()) : window.topLeft();
+}
+
+QPoint DemoPanel::placeBeside(const QRect& window, const QSize& panel, const QRect& screen)
+{
+    const auto onScreen = [&](int left, int top) {
+        return QPoint(std::max(screen.left(), std::min(left, screen.right() + 1 - panel.width())),
+                      std::max(screen.top(), std::min(top, screen.bottom() + 1 - panel.height())));
+    };
+    const auto covered = [&](const QPoint& corner) {
+        const QRect both = QRect(corner, panel).intersected(window);
+        return both.isEmpty() ? 0 : both.width() * both.height();
+    };
+    const std::array<QPoint, 3> places{onScreen(window.right() + 1 + gapToWindow, window.top()),
+                                       onScreen(window.left() - gapToWindow - panel.width(), window.top()),
+                                       onScreen(window.left(), window.bottom() + 1 + gapToWindow)};
+    return *std::min_element(places.begin(), places.end(), [&](const QPoint& one, const QPoint& other) {
+        return covered(one) < covered(other);
+    });
 }
 
 void DemoPanel::togglePlugged()

@@ -22,6 +22,12 @@ public:
     /// Belongs to `window`, and opens beside it when that is shown.
     DemoPanel(Simulator::SimulatedIlluminator& illuminator, QWidget& window);
 
+    /// Where on `screen` a panel of this size covers nothing of `window`: at its right, at its left or below
+    /// it, whichever there is room for first. Where there is room nowhere, at the edge where it covers least.
+    static QPoint placeBeside(const QRect& window, const QSize& panel, const QRect& screen);
+    /// Where `window` leaves room for such a panel; where it is already when it does, or when nothing helps.
+    static QPoint placeWithRoom(const QRect& window, const QSize& panel, const QRect& screen);
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

@@ -7,6 +7,8 @@
 #include "mainwindow/PelorinMainWindow.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -21,10 +23,19 @@ namespace {
 constexpr quint16 kVendorId = 0x2F26;
 constexpr quint16 kProductId = 0x3A98;
 constexpr std::chrono::seconds kWarmup{8};
-constexpr std::chrono::seconds kSceneWarmup{3};
+/// Still there when a busy machine has connected, and for the time in which its picture is taken.
+constexpr std::chrono::seconds kTourWarmup{6};
 /// Of a unit that a lab has used for a while.
 constexpr std::array<double, Simulator::kChannelCount> kHoursInUse{812.4, 95.0,  1203.7, 340.2,
                                                                    77.9,  655.5, 1480.1, 12.6};
+
+/// A tour that plays itself instead of an operator, and where its pictures go.
+struct Tour
+{
+    std::vector<DemoStation> (*stations)(QWidget& window, Simulator::SimulatedIlluminator& illuminator);
+    QString folder;
+    bool isAtServiceLevel;
+};
 
 void listAsOnlyPort(Simulator::SimulatedIlluminator& illuminator)
 {
@@ -34,6 +45,18 @@ void listAsOnlyPort(Simulator::SimulatedIlluminator& illuminator)
         }
         return {{illuminator.portName(), kVendorId, kProductId}};
     });
+}
+
+/// The port's folder has another name in each run, which would be in the pictures.
+void listWithoutFolder(Simulator::SimulatedIlluminator& illuminator)
+{
+    const QFileInfo port(illuminator.portName());
+    if (QDir::setCurrent(port.path())) {
+        SerialPorts::setLister([&illuminator, name = QString(QStringLiteral("./") + port.fileName())] {
+            return illuminator.isPlugged() ? QList<SerialPortEntry>{{name, kVendorId, kProductId}}
+                                           : QList<SerialPortEntry>();
+        });
+    }
 }
 
 /// The illuminator belongs to the window, so that its port stays as long as the link may use it.
@@ -54,46 +77,67 @@ Simulator::SimulatedIlluminator& attachIlluminator(PelorinMainWindow& window,
     return *illuminator;
 }
 
-void playScene(PelorinMainWindow& window, Simulator::SimulatedIlluminator& illuminator, const QString& folder)
+void play(PelorinMainWindow& window, Simulator::SimulatedIlluminator& illuminator, const Tour& tour)
 {
-    auto* scene = new DemoScene(window, illuminator, folder);
-    QObject::connect(scene, &DemoScene::finished, &window, [&window](bool complete) {
+    listWithoutFolder(illuminator);
+    auto* player = new DemoTour(window, tour.stations(window, illuminator), tour.folder);
+    QObject::connect(player, &DemoTour::finished, &window, [&window](bool complete) {
         window.close();
         QApplication::exit(complete ? 0 : 1);
     });
-    scene->start();
+    player->start();
 }
 
-/// Takes "--scene FOLDER" out of the arguments; the rest is the program's.
-std::optional<QString> takeSceneFolder(std::vector<char*>& arguments)
+/// Takes @p name and the folder behind it out of the arguments; the rest is the program's.
+std::optional<QString> takeFolder(std::vector<char*>& arguments, const char* name)
 {
-    const auto found = std::find_if(arguments.begin(), arguments.end(), [](const char* argument) {
-        return std::strcmp(argument, "--scene") == 0;
+    const auto found = std::find_if(arguments.begin(), arguments.end(), [name](const char* argument) {
+        return std::strcmp(argument, name) == 0;
     });
     if (found == arguments.end() || found + 1 == arguments.end()) {
         return std::nullopt;
     }
-    const QString folder = QString::fromLocal8Bit(*(found + 1));
+    const QString folder = QDir(QString::fromLocal8Bit(*(found + 1))).absolutePath();
     arguments.erase(found, found + 2);
     return folder;
+}
+
+/// "--scene FOLDER" is the operator's day, "--pictures FOLDER" makes the pictures of the manual.
+std::optional<Tour> takeTour(std::vector<char*>& arguments)
+{
+    if (const std::optional<QString> folder = takeFolder(arguments, "--scene")) {
+        return Tour{&DemoScene::operatorsDay, *folder, false};
+    }
+    if (const std::optional<QString> folder = takeFolder(arguments, "--pictures")) {
+        return Tour{&DemoScene::manualPictures, *folder, true};
+    }
+    return std::nullopt;
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
     std::vector<char*> arguments(argv, argv + argc);
-    const std::optional<QString> sceneFolder = takeSceneFolder(arguments);
-    const QTemporaryDir sceneHome;
-    if (!DemoHome::enter(sceneFolder ? sceneHome.path() : DemoHome::defaultFolder())) {
+    const std::optional<Tour> tour = takeTour(arguments);
+    const QTemporaryDir tourHome;
+    if (!DemoHome::enter(tour ? tourHome.path() : DemoHome::defaultFolder())) {
         QTextStream(stderr) << "The demo's folder cannot be made.\n";
         return 1;
     }
+    if (tour && !qEnvironmentVariableIsSet("QT_FONT_DPI")) {
+        // A virtual display tells its resolution a little off, which is enough to blur every line.
+        qputenv("QT_FONT_DPI", "96");
+    }
+    char serviceLevel[] = "-diag";
+    if (tour && tour->isAtServiceLevel) {
+        arguments.push_back(serviceLevel);
+    }
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);
-    return runProgram(count, arguments.data(), [&sceneFolder](PelorinMainWindow& window) {
-        auto& illuminator = attachIlluminator(window, sceneFolder ? kSceneWarmup : kWarmup);
-        if (sceneFolder) {
-            playScene(window, illuminator, *sceneFolder);
+    return runProgram(count, arguments.data(), [&tour](PelorinMainWindow& window) {
+        auto& illuminator = attachIlluminator(window, tour ? kTourWarmup : kWarmup);
+        if (tour) {
+            play(window, illuminator, *tour);
         } else {
             new DemoPanel(illuminator, window); // the window's
         }

@@ -21,7 +21,7 @@ bool ProductData::assign(const QByteArray& items)
     auto fields = m_fields;
     const QList<QByteArray> parts = items.split(',');
     for (const QByteArray& item : parts) {
-        const int equals = item.indexOf('=');
+        const auto equals = item.indexOf('=');
         const QByteArray key = item.left(equals);
         const auto field = std::find_if(fields.begin(), fields.end(),
                                         [&key](const Field& candidate) { return key == candidate.key; });

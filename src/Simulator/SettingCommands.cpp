@@ -21,7 +21,7 @@ struct ChannelArgument
 
 std::optional<ChannelArgument> channelArgument(const QByteArray& argument)
 {
-    const int equals = argument.indexOf('=');
+    const auto equals = argument.indexOf('=');
     const auto channel = channelByName(argument.left(equals));
     if (equals < 0 || !channel) {
         return std::nullopt;

@@ -35,7 +35,7 @@ struct Shape
 
 Shape shapedBy(const WireFault& fault, const QByteArray& text)
 {
-    const int position = std::clamp(fault.splitAt, 0, text.size());
+    const auto position = std::min<QByteArray::size_type>(std::max(fault.splitAt, 0), text.size());
     switch (fault.kind) {
     case WireFault::Kind::NoReply:
         return {};
@@ -294,16 +294,16 @@ void Wire::send(const QByteArray& bytes)
 void Wire::writeOutgoing()
 {
     const qint64 written = m_pty->write(m_outgoing);
-    m_outgoing.remove(0, static_cast<int>(written < 0 ? m_outgoing.size() : written));
+    m_outgoing.remove(0, static_cast<QByteArray::size_type>(written < 0 ? m_outgoing.size() : written));
     m_writable->setEnabled(!m_outgoing.isEmpty());
 }
 
-std::chrono::microseconds Wire::timeOnLine(int byteCount) const
+std::chrono::microseconds Wire::timeOnLine(qint64 byteCount) const
 {
     if (!m_paced) {
         return std::chrono::microseconds::zero();
     }
-    return std::chrono::microseconds(qint64(byteCount) * kBitsPerByte * 1000000 / kBaudRate);
+    return std::chrono::microseconds(byteCount * kBitsPerByte * 1000000 / kBaudRate);
 }
 
 } // namespace Simulator

@@ -82,7 +82,7 @@ public:
     void addFault(const WireFault& fault);
     void clearFaults();
     /// Number of faults that still wait for an answer to strike.
-    int pendingFaults() const { return m_faults.size(); }
+    auto pendingFaults() const { return m_faults.size(); }
     /// While stalled the line takes no bytes from the computer, so that its writes come up short. Stays in
     /// force over unplugging.
     void setStalled(bool stalled);
@@ -122,7 +122,7 @@ private:
     bool deliverNext();
     void send(const QByteArray& bytes);
     void writeOutgoing();
-    std::chrono::microseconds timeOnLine(int byteCount) const;
+    std::chrono::microseconds timeOnLine(qint64 byteCount) const;
     bool link(const QString& name);
 
     Handler m_handler;

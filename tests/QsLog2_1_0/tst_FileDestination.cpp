@@ -81,7 +81,7 @@ private:
     {
         return contentOf(path() + QLatin1Char('.') + QString::number(index));
     }
-    int fileCount() const { return QDir(m_folder->path()).entryList(QDir::Files | QDir::System).size(); }
+    auto fileCount() const { return QDir(m_folder->path()).entryList(QDir::Files | QDir::System).size(); }
 
     QScopedPointer<QTemporaryDir> m_folder;
     QScopedPointer<WarningWatch> m_watch;

@@ -22,6 +22,15 @@ constexpr int headLength = 5 + 1 + 23 + 1;
 
 int addressed = 0;
 
+/// Containers look a little different from one release of Qt to the next.
+template<typename T>
+QString shownByQt(const T& value)
+{
+    QString shown;
+    QDebug(&shown).nospace() << value;
+    return shown;
+}
+
 struct Unprintable
 {
 };
@@ -174,7 +183,7 @@ void TestLogStatement::showsItems_data()
         [](LogStatement& s) {
             s << QStringList{QStringLiteral("a"), QStringLiteral("b")} << 1;
         },
-        QStringLiteral("(\"a\", \"b\") 1"));
+        shownByQt(QStringList{QStringLiteral("a"), QStringLiteral("b")}) + QStringLiteral(" 1"));
     row(
         "variant", [](LogStatement& s) { s << QVariant(7) << "end"; },
         QStringLiteral("QVariant(int, 7) end"));

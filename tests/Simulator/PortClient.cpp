@@ -37,7 +37,7 @@ QByteArray PortClient::readNow() const
     return bytes;
 }
 
-QByteArray PortClient::read(int count, std::chrono::milliseconds timeout) const
+QByteArray PortClient::read(qsizetype count, std::chrono::milliseconds timeout) const
 {
     QByteArray bytes;
     const bool complete = QTest::qWaitFor(

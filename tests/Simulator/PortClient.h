@@ -24,7 +24,7 @@ public:
     /// What has arrived; never waits.
     QByteArray readNow() const;
     /// Runs the event loop until `count` bytes or more are there, or the time is over; returns what came.
-    QByteArray read(int count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
+    QByteArray read(qsizetype count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
     /// Runs the event loop until a line end has come, or the time is over; returns what came.
     QByteArray readLine(std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
     /// Writes the line with its line feed and returns the answer with its own.

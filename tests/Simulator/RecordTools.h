@@ -92,7 +92,7 @@ public:
             return line;
         }
         for (int harm = number(0, 3); harm > 0 && !line.isEmpty(); --harm) {
-            const int at = number(0, line.size() - 1);
+            const int at = number(0, int(line.size()) - 1);
             switch (number(0, 3)) {
             case 0:
                 line[at] = static_cast<char>(number(0, 255));

@@ -62,7 +62,7 @@ void tst_ModelLife::imageSwitches()
 
     model.boot(reply.restart->image, reply.restart->cause);
     QVERIFY(model.runningImage() == to);
-    QVERIFY(ask(model, "v").startsWith(imageName(to) + " V"));
+    QVERIFY(ask(model, "v").startsWith(QByteArray(imageName(to) + " V")));
     QCOMPARE(ask(model, "reset_cause"), QByteArray("Image switch\n"));
 }
 

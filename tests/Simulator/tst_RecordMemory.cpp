@@ -31,7 +31,7 @@ QByteArray readAll(const RecordMemory& memory, Layout layout, quint32 address, i
 {
     QByteArray bytes;
     while (bytes.size() < size) {
-        const int piece = qMin(RecordMemory::kMaxReadBytes, size - bytes.size());
+        const auto piece = std::min<qsizetype>(RecordMemory::kMaxReadBytes, size - bytes.size());
         bytes +=
             *memory.read(layout, address + static_cast<quint32>(bytes.size()), static_cast<quint32>(piece));
     }

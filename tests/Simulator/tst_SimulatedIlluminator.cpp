@@ -342,7 +342,7 @@ void tst_SimulatedIlluminator::pacedAnswersAreThoughtAbout()
     QElapsedTimer clock;
     clock.start();
     const QByteArray answer = ask("shutter?");
-    const double lineMs = (9 + answer.size()) * 10.0 / 19.2;
+    const double lineMs = static_cast<double>(9 + answer.size()) * 10.0 / 19.2;
     QVERIFY2(static_cast<double>(clock.elapsed()) >= lineMs, qPrintable(QString::number(clock.elapsed())));
 }
 

@@ -14,7 +14,7 @@ using namespace Simulator;
 using namespace std::chrono_literals;
 
 namespace {
-int openDescriptors()
+auto openDescriptors()
 {
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size();
 }
@@ -272,7 +272,7 @@ void tst_Wire::refusesNamesThatAreNoFileNames()
 void tst_Wire::hundredCyclesLeakNothing()
 {
     m_client.reset();
-    const int before = openDescriptors();
+    const auto before = openDescriptors();
     for (int cycle = 0; cycle < 100; ++cycle) {
         m_wire->unplug();
         QVERIFY2(m_wire->plug(), qPrintable(m_wire->errorString()));

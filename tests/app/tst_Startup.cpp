@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -32,6 +33,7 @@ private slots:
     void dataFolderThatCannotBeMade();
     void logConfiguration();
     void runsInOrder();
+    void runsOnADenseScreen();
     void argumentsReachTheWindow_data();
     void argumentsReachTheWindow();
     void exitCodeIsTheLoops();
@@ -74,7 +76,7 @@ int tst_Startup::run(const QByteArrayList& arguments, const std::function<void(P
         argv.push_back(argument.data());
     }
     argv.push_back(nullptr);
-    return runProgram(all.size(), argv.data(), [&hook](PelorinMainWindow& window) {
+    return runProgram(int(all.size()), argv.data(), [&hook](PelorinMainWindow& window) {
         runLater(&window, std::chrono::milliseconds(0), [&window] { window.close(); });
         hook(window);
     });
@@ -154,8 +156,9 @@ void tst_Startup::runsInOrder()
     const int result = run({"-diag"}, [this](PelorinMainWindow& window) {
         QCOMPARE(QCoreApplication::organizationName(), QStringLiteral("Tarnwick"));
         QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("VYR"));
-        QVERIFY(QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling));
-        QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
+        const qreal density = qEnvironmentVariableIntValue("QT_FONT_DPI") / 96.0;
+        QCOMPARE(window.devicePixelRatioF(), density);
+        QCOMPARE(QApplication::windowIcon().pixmap(32, 32).devicePixelRatio(), density);
         QVERIFY(!qApp->styleSheet().isEmpty());
         QVERIFY(!QApplication::windowIcon().isNull());
         QVERIFY(!window.isVisible());
@@ -171,6 +174,20 @@ void tst_Startup::runsInOrder()
     QCOMPARE(lines.count("Program started: "), 1);
     QCOMPARE(lines.count("Laser On/Off pressed << false"), 2); // once per loading of the settings
     QVERIFY(qApp == nullptr);
+}
+
+/// In a process of its own, as Qt asks for the screen's density once.
+void tst_Startup::runsOnADenseScreen()
+{
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_FONT_DPI"), QStringLiteral("192"));
+    program.setProcessEnvironment(environment);
+    program.setProcessChannelMode(QProcess::MergedChannels);
+    program.start(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget(),
+                  {QStringLiteral("runsInOrder")});
+    QVERIFY(program.waitForFinished());
+    QVERIFY2(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0, program.readAll());
 }
 
 void tst_Startup::argumentsReachTheWindow_data()

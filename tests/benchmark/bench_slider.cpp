@@ -119,7 +119,8 @@ void print(const Figures& with, const Figures& without, const QList<QByteArray>&
 {
     const bool inOrder = with.complete && arrived == expectedCommands(with.values);
     Bench::Table::printRow(QStringLiteral("slider steps that reached the device, steps dragged"),
-                           arrived.size(), with.values.size(), "", "all, in order");
+                           static_cast<double>(arrived.size()), static_cast<double>(with.values.size()), "",
+                           "all, in order");
     Bench::Table::printNote(QStringLiteral("%1; %2 polls meanwhile")
                                 .arg(inOrder ? QStringLiteral("in order, none lost, none twice")
                                              : QStringLiteral("NOT what was dragged, or not in its order"))
@@ -154,7 +155,7 @@ bool measure(PelorinMainWindow& window)
     const Figures with = dragWatched(*slider);
     Bench::waitUntil([&window] { return window.device()->waitWhileBusy() == DeviceResult::Ok; });
     const QList<QByteArray> lines = simulator.takeTraffic().lines;
-    print(with, without, sliderCommands(lines), lines.count("f_mode?"));
+    print(with, without, sliderCommands(lines), int(lines.count("f_mode?")));
 
     Bench::listPort({}); // the port goes with the simulator
     return with.complete && without.complete &&

@@ -123,7 +123,7 @@ void tst_Records::anyReplyIsRead()
         QString reply = QStringLiteral("rf:");
         const int length = random.bounded(10);
         for (int k = 0; k < length; ++k)
-            reply.append(letters.at(random.bounded(letters.size())));
+            reply.append(letters.at(random.bounded(int(letters.size()))));
         std::array<quint8, 4> bytes{9, 9, 9, 9};
         const int code = Records::bytesOf(reply, bytes.data(), 3);
         QVERIFY(code == DeviceResult::Ok || code == DeviceResult::WrongLength);

@@ -1,6 +1,7 @@
 // Any bytes as a firmware image: line by line, as bytes and as a stream, and as each of the three images.
 
 #include "FuzzInput.h"
+#include "compat/QtVersion.h"
 #include "update/FirmwareImage.h"
 #include "update/SRecord.h"
 
@@ -47,7 +48,7 @@ int readBothWays(const QByteArray& text)
     SRecordText bytes(text);
     QTextStream stream(text);
     stream.setAutoDetectUnicode(false);
-    stream.setCodec("ISO-8859-1");
+    QtVersion::useLatin1(stream);
     int leading = 0;
     bool allAreRecords = true;
     for (int lines = 0;; ++lines) {

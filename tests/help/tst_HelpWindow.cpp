@@ -8,7 +8,12 @@
 #include <QSignalSpy>
 #include <QTimer>
 
+#include <array>
 #include <memory>
+
+namespace {
+constexpr std::array<const char*, 4> handledSchemes = {"http", "https", "file", "mailto"};
+} // namespace
 
 /// The window in which the manual is read.
 class tst_HelpWindow : public QObject
@@ -21,6 +26,7 @@ public slots:
 
 private slots:
     void initTestCase();
+    void cleanupTestCase();
     void init();
     void escapeCloses();
     void focusIsOnThePage();
@@ -55,8 +61,15 @@ private:
 void tst_HelpWindow::initTestCase()
 {
     applyLook(*qApp);
-    for (const char* scheme : {"http", "https", "file", "mailto"}) {
+    for (const char* scheme : handledSchemes) {
         QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "openOutside");
+    }
+}
+
+void tst_HelpWindow::cleanupTestCase()
+{
+    for (const char* scheme : handledSchemes) {
+        QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
     }
 }
 
@@ -148,7 +161,7 @@ void tst_HelpWindow::linkByKeyboard()
     ManualBrowser* browser = HelpBench<QWidget>::browser(help);
     QTest::keyClick(browser, Qt::Key_Tab);
     QTest::keyClick(browser, Qt::Key_Return);
-    QTRY_COMPARE(m_bench->shownPage(), QStringLiteral("main-window"));
+    QTRY_COMPARE(m_bench->shownPage(), QStringLiteral("troubleshooting"));
     QVERIFY(help.isVisible());
 }
 
@@ -161,11 +174,13 @@ void tst_HelpWindow::foreignLinksAreNotFollowed_data()
     QTest::newRow("file") << QStringLiteral("file:") + QLatin1String(VYR_MANUAL_FOLDER "/update.md");
     QTest::newRow("absolute path") << QStringLiteral("/update.md");
     QTest::newRow("path of a file") << QStringLiteral(VYR_MANUAL_FOLDER "/update.md");
-    QTest::newRow("other resource") << QStringLiteral("qrc:/Resources/vyr.qss");
-    QTest::newRow("out of the manual") << QStringLiteral("../Resources/vyr.qss");
-    QTest::newRow("unknown page") << QStringLiteral("no-such-page.md");
+    QTest::newRow("resource") << QStringLiteral("qrc:/Resources/vyr.qss");
+    QTest::newRow("out of the manual") << QStringLiteral("../README.md");
+    QTest::newRow("out of the manual, in code") << QStringLiteral("%2e%2e%2fREADME.md");
+    QTest::newRow("folder inside") << QStringLiteral("pictures/update.md");
+    QTest::newRow("picture") << QStringLiteral("pictures/help.png");
     QTest::newRow("without the ending") << QStringLiteral("update");
-    QTest::newRow("another host") << QStringLiteral("qrc://localhost/manual/update.md");
+    QTest::newRow("another host") << QStringLiteral("manual://localhost/vyr/update.md");
     QTest::newRow("with a query") << QStringLiteral("update.md?x=1");
     QTest::newRow("nothing") << QString();
 }

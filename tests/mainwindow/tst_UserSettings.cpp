@@ -1,3 +1,4 @@
+#include "compat/QtVersion.h"
 #include "mainwindow/ChannelTable.h"
 #include "mainwindow/SettingsStore.h"
 #include "mainwindow/UserSettings.h"
@@ -6,7 +7,9 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTest>
 
@@ -30,6 +33,7 @@ private slots:
     void layoutKeysAndTypes();
     void everythingComesBack();
     void unknownKeysStay();
+    void foreignTextsStay();
     void values_data();
     void values();
     void colourStaysLowerCase();
@@ -186,6 +190,32 @@ void tst_UserSettings::unknownKeysStay()
     QCOMPARE(m_bench->stored(QStringLiteral("Browse Path")).toString(), QStringLiteral("/tmp/x"));
     QCOMPARE(m_bench->stored(QStringLiteral("Other/key")).toInt(), 7);
     QCOMPARE(m_bench->stored(QStringLiteral("Channel1/Extra")).toInt(), 1);
+}
+
+void tst_UserSettings::foreignTextsStay()
+{
+    // Nobody writes this key here, and still it goes through the store's hands as often as anything is saved.
+    const QString key = QStringLiteral("Scenarios/1/Scenario Name");
+    const QString text = QChar(0xFEFF) +
+                         QString::fromUtf8("Gr\xC3\xB6\xC3\x9F"
+                                           "e") +
+                         QChar(0xD83D);
+    QVERIFY(m_bench->writeSettingsFile(
+        R"([Scenarios]
+1\Scenario%20Name=\xfeffGr\xf6\xdf\x65\xd83d
+size=1
+)"));
+    for (int run = 0; run < 3; ++run) {
+        const auto store = openSettingsStore();
+        QCOMPARE(QtVersion::storedText(store->value(key)), text);
+        store->setValue(QStringLiteral("Other/key"), run);
+        QVERIFY(flushSettings(*store));
+        QFile file(m_bench->settingsFileName());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(
+            QString::fromLatin1(file.readAll()).count(QRegularExpression(QStringLiteral("[^\\x01-\\x7f]"))),
+            0);
+    }
 }
 
 void tst_UserSettings::values_data()

@@ -26,6 +26,7 @@ private slots:
     void hostileTextsStayPlain();
     void controlModes_data();
     void controlModes();
+    void usbIntensityControlShowsTheKeptLevelsAgain();
     void usbShutterControlSwitchesTheLaserOff();
     void firmwareUpdateTextLeavesTheDeviceAlone();
     void otherDataChangesNothing();
@@ -194,6 +195,27 @@ void tst_WindowReports::controlModes()
     QTEST(label(*m_window, "labelShutterControl")->text(), "shutter");
     QVERIFY(m_illuminator->settle(*m_window));
     QTEST(m_illuminator->commands(), "commands");
+}
+
+void tst_WindowReports::usbIntensityControlShowsTheKeptLevelsAgain()
+{
+    const Column third(*m_window, 3);
+    third.slider->setValue(42);
+    emit m_window->settingsDialog()->intensityControlChanged(0);
+    const std::array<float, channelCount> inputs{1, 2, 85, 4, 5, 6, 7, 8};
+    m_window->onIntensityChanged(inputs.data());
+    QCOMPARE(third.percentage->text(), QStringLiteral("85"));
+    QVERIFY(m_illuminator->settle(*m_window));
+    m_illuminator->clearCommands();
+
+    emit m_window->settingsDialog()->intensityControlChanged(1);
+
+    QCOMPARE(third.percentage->text(), QStringLiteral("42"));
+    QCOMPARE(third.slider->value(), 42);
+    QCOMPARE(Column(*m_window, 4).slider->value(),
+             int(m_window->scenario()->channelByNumber(4)->intensity()));
+    QVERIFY(m_illuminator->settle(*m_window));
+    QCOMPARE(m_illuminator->commands(), QList<QByteArray>{"int_mode=pc"});
 }
 
 void tst_WindowReports::usbShutterControlSwitchesTheLaserOff()

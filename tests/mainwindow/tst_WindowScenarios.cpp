@@ -83,7 +83,7 @@ void tst_WindowScenarios::closesFirstAndOpensLast()
     const QList<QByteArray> commands = m_illuminator->commands();
     const QList<QByteArray> closings{"shutter:405=0", "shutter:445=0", "shutter:470=0", "shutter:520=0"};
     QCOMPARE(commands.mid(0, 4), closings);
-    const int firstOpening = commands.indexOf("shutter:528=1");
+    const auto firstOpening = commands.indexOf("shutter:528=1");
     QVERIFY(firstOpening > 4);
     // Levels and polarities of all eight lie between the closings and the first opening.
     const QList<QByteArray> between = commands.mid(4, firstOpening - 4);

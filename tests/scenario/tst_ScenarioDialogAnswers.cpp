@@ -80,6 +80,7 @@ void tst_ScenarioDialogAnswers::saveKnownName()
     QCOMPARE(box.text, QStringLiteral("Scenario exists. Overwrite?"));
     QCOMPARE(box.title, QString());
     QCOMPARE(box.icon, QMessageBox::Question);
+    QCOMPARE(box.spokenName, QStringLiteral("Question"));
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Yes | QMessageBox::No));
     QCOMPARE(box.defaultButton, QMessageBox::Yes);
     QCOMPARE(box.textFormat, Qt::PlainText);

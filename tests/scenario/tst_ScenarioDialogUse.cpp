@@ -219,10 +219,11 @@ void tst_ScenarioDialogUse::tabOrder()
         }
         QCOMPARE(QApplication::focusWidget()->objectName(), QStringLiteral("listWidgetSavedScenarios"));
     });
-    QCOMPARE(order.mid(0, 3),
-             QStringList({QStringLiteral("listWidgetSavedScenarios"), QStringLiteral("lineEditScenarioName"),
-                          QStringLiteral("Delete")}));
+    // Round to the button above the list.
+    QCOMPARE(order.mid(0, 2), QStringList({QStringLiteral("listWidgetSavedScenarios"),
+                                           QStringLiteral("lineEditScenarioName")}));
     QVERIFY(order.contains(QStringLiteral("Save")));
+    QCOMPARE(order.last(), QStringLiteral("Delete"));
 }
 
 void tst_ScenarioDialogUse::overwritingByKey_data()

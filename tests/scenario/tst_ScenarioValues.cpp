@@ -1,6 +1,8 @@
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioSamples.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QHash>
 #include <QRandomGenerator>
 #include <QSet>
@@ -8,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -30,6 +33,8 @@ private slots:
     void keysAndTypes();
     void nothingIsFound();
     void hostileNamesKeepTheirOwnValues();
+    void textsOfEitherBuildAreRead_data();
+    void textsOfEitherBuildAreRead();
     void groupsDifferWithoutCase();
     void randomValuesComeBack();
     void limitsComeBack();
@@ -39,6 +44,11 @@ private:
     std::unique_ptr<QSettings> openStore() const
     {
         return std::make_unique<QSettings>(m_fileName, QSettings::IniFormat);
+    }
+    QByteArray contentOfFile() const
+    {
+        QFile file(m_fileName);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     ScenarioValues sample() { return randomValues(m_random); }
 
@@ -133,6 +143,11 @@ void tst_ScenarioValues::hostileNamesKeepTheirOwnValues()
             QVERIFY2(scenario.save(name.second, expected.last()), name.first);
         }
     }
+    // Beyond ASCII the builds against Qt 5 and Qt 6 would read different texts from the same bytes.
+    const QByteArray content = contentOfFile();
+    QVERIFY(!content.isEmpty());
+    QVERIFY(std::all_of(content.begin(), content.end(),
+                        [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }));
     const auto store = openStore();
     const Scenario scenario(nullptr, store.get());
     QCOMPARE(scenario.names(), order);
@@ -140,6 +155,32 @@ void tst_ScenarioValues::hostileNamesKeepTheirOwnValues()
         const auto values = scenario.values(names.at(i).second);
         QVERIFY2(values == expected.at(i), names.at(i).first);
     }
+}
+
+void tst_ScenarioValues::textsOfEitherBuildAreRead_data()
+{
+    QTest::addColumn<QByteArray>("written");
+    QTest::newRow("Qt 5") << QByteArrayLiteral(R"(\xfeffGr\xf6\xdf\x65 \x5149\xd83d)");
+    QTest::newRow("Qt 6") << QByteArrayLiteral(
+        R"x("@Variant(\0\0\0\t\0\0\0\x1\0\0\0\n\0\0\0\x12\xfe\xff\0G\0r\0\xf6\0\xdf\0\x65\0 QI\xd8=)")x");
+}
+
+void tst_ScenarioValues::textsOfEitherBuildAreRead()
+{
+    QFETCH(QByteArray, written);
+    const QString text = QChar(0xFEFF) +
+                         QString::fromUtf8("Gr\xC3\xB6\xC3\x9F"
+                                           "e \xE5\x85\x89") +
+                         QChar(0xD83D);
+    {
+        QFile file(m_fileName);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Channel3]\nChannel%20Name=" + written +
+                   "\n\n[Scenarios]\n1\\Scenario%20Name=" + written + "\nsize=1\n");
+    }
+    const auto store = openStore();
+    QCOMPARE(Scenario(nullptr, store.get()).names(), QStringList(text));
+    QCOMPARE(readChannelSettings(*store, {}, 2).name, text);
 }
 
 void tst_ScenarioValues::groupsDifferWithoutCase()

@@ -7,7 +7,6 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextCodec>
 
 #include <memory>
 
@@ -15,12 +14,6 @@
 class ConsoleTest : public QObject
 {
 protected:
-    void useUtf8() const
-    {
-        QTextCodec::setCodecForLocale(
-            QTextCodec::codecForName("UTF-8")); // whatever the test is started under
-    }
-
     void buildConsole()
     {
         m_warnings = std::make_unique<WarningWatch>();

@@ -139,7 +139,7 @@ LineRecorder::LineRecorder(Simulator::Wire& wire)
 
 int LineRecorder::count(const QByteArray& text) const
 {
-    return timesOf(text).size();
+    return int(timesOf(text).size());
 }
 
 QList<std::chrono::milliseconds> LineRecorder::timesOf(const QByteArray& text) const

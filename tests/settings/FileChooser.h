@@ -20,6 +20,7 @@ public:
         QString folder;
         QFileDialog::AcceptMode mode = QFileDialog::AcceptOpen;
         const QWidget* parent = nullptr;
+        QString name; ///< that it proposes
     };
 
     explicit FileChooser(const QStringList& pathNames = {}) : m_pathNames(pathNames)
@@ -46,15 +47,16 @@ private:
         if (dialog == nullptr) {
             return;
         }
+        auto* const nameEdit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         m_choosers.append({dialog->windowTitle(), dialog->nameFilters(), dialog->directory().absolutePath(),
-                           dialog->acceptMode(), dialog->parentWidget()});
+                           dialog->acceptMode(), dialog->parentWidget(), nameEdit->text()});
         const QString pathName = m_pathNames.isEmpty() ? QString() : m_pathNames.takeFirst();
         if (pathName.isEmpty()) {
             dialog->reject();
             return;
         }
         // As somebody types it: the file need not be in the list, nor its folder exist.
-        dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(pathName);
+        nameEdit->setText(pathName);
         QMetaObject::invokeMethod(dialog, "accept");
     }
 

@@ -249,7 +249,7 @@ void tst_CalibrationDialogs::randomFilesChangeNothing()
     Chance chance(3);
     int refused = 0;
     for (int round = 0; round < rounds; ++round) {
-        QByteArray content = whole.left(chance.number(0, whole.size()));
+        QByteArray content = whole.left(chance.number(0, int(whole.size())));
         content += QByteArray(chance.number(0, 3), char(chance.number(0, 255)));
         if (!QJsonDocument::fromJson(content).isObject()) {
             ++refused;

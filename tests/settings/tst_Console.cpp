@@ -68,7 +68,6 @@ class tst_Console : public ConsoleTest
     Q_OBJECT
 
 private slots:
-    void initTestCase() { useUtf8(); }
     void init() { buildConsole(); }
     void cleanup() { removeConsole(); }
     void looks();
@@ -195,17 +194,17 @@ void tst_Console::sameLinesAsAFieldWithoutLimits()
     QRandomGenerator random(static_cast<quint32>(pieces));
     QByteArray all;
     for (int i = 0; i < pieces; ++i) {
-        all += alphabet.at(random.bounded(alphabet.size()));
+        all += alphabet.at(random.bounded(int(alphabet.size())));
     }
     QPlainTextEdit field;
     field.insertPlainText(QString::fromUtf8(all));
     const QStringList expected = linesOf(field);
 
     for (int i = 0, size = 0; i < all.size(); i += size) {
-        size = random.bounded(1, 1 + qMin(all.size() - i, 400));
+        size = random.bounded(1, 1 + qMin(int(all.size()) - i, 400));
         m_console->putData(all.mid(i, size));
     }
-    QCOMPARE(linesOf(*m_console), expected.mid(qMax(0, expected.size() - 100)));
+    QCOMPARE(linesOf(*m_console), expected.mid(qMax(0, int(expected.size()) - 100)));
 }
 
 void tst_Console::keepsTheNewestOfALongLine()

@@ -16,7 +16,6 @@ class tst_ConsoleKeys : public ConsoleTest
     Q_OBJECT
 
 private slots:
-    void initTestCase() { useUtf8(); }
     void init() { buildConsole(); }
     void cleanup() { removeConsole(); }
     void typedCommandIsSentKeyByKey();
@@ -147,7 +146,7 @@ void tst_ConsoleKeys::noKeyChangesOldText()
     m_console->putData("old text\nand more of it");
     for (const int key : qAsConst(keys)) {
         const QString old = m_console->toPlainText();
-        const int sentBefore = m_keys->size();
+        const auto sentBefore = m_keys->size();
         m_console->selectAll();
         press(key, Qt::KeyboardModifiers(modifiers), QStringLiteral("k"));
         m_console->moveCursor(QTextCursor::Start);
@@ -256,7 +255,8 @@ void tst_ConsoleKeys::dragsSelectAndPasteNothing()
     }
     const auto send = [&](QEvent::Type type, const QPoint& place, Qt::MouseButton changed,
                           Qt::MouseButtons held) {
-        QMouseEvent event(type, place, changed, held, Qt::NoModifier);
+        QMouseEvent event(type, place, m_console->viewport()->mapToGlobal(place), changed, held,
+                          Qt::NoModifier);
         QCoreApplication::sendEvent(m_console->viewport(), &event);
     };
     send(QEvent::MouseButtonPress, QPoint(10, 8), pressed, pressed);
@@ -292,7 +292,8 @@ void tst_ConsoleKeys::doubleClickSelectsNothing()
 
 void tst_ConsoleKeys::contextMenuStaysAway()
 {
-    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(10, 10));
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(10, 10),
+                            m_console->viewport()->mapToGlobal(QPoint(10, 10)));
     QCoreApplication::sendEvent(m_console->viewport(), &event);
     QVERIFY(QApplication::activePopupWidget() == nullptr);
     QVERIFY(m_console->findChildren<QMenu*>().isEmpty());

@@ -144,7 +144,7 @@ void tst_IdentityFields::oddTextStaysEditable()
     const BoxAnswerer boxes;
     setButton();
     QCOMPARE(boxes.boxes().size(), 1);
-    QVERIFY(m_unit.product.contains("vyr_sn=" + sent + "12,necsel_laser_sn="));
+    QVERIFY(m_unit.product.contains(QByteArray("vyr_sn=" + sent + "12,necsel_laser_sn=")));
 }
 
 void tst_IdentityFields::fieldIsWritten_data()
@@ -165,7 +165,7 @@ void tst_IdentityFields::fieldIsWritten()
     connectUnit();
     QList<QByteArray> expected = m_unit.product.split(',');
     for (QByteArray& item : expected) {
-        item = item.startsWith(key + '=') ? QByteArray(key + "=New 1") : item;
+        item = item.startsWith(QByteArray(key + '=')) ? QByteArray(key + "=New 1") : item;
     }
     type(field.constData(), QStringLiteral("New 1"));
     refresh();

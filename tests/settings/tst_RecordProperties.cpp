@@ -89,7 +89,7 @@ QString randomText(Chance& chance, int longest)
 QByteArray damaged(QByteArray json, Chance& chance)
 {
     for (int times = chance.number(0, 4); times > 0; --times) {
-        const int place = chance.number(0, json.size() - 1);
+        const int place = chance.number(0, int(json.size()) - 1);
         const int length = chance.number(1, chance.once(4) ? 2000 : 8);
         switch (chance.number(0, 3)) {
         case 0:
@@ -99,7 +99,7 @@ QByteArray damaged(QByteArray json, Chance& chance)
             json.remove(place, length);
             break;
         case 2:
-            json.insert(place, json.mid(chance.number(0, json.size() - 1), length));
+            json.insert(place, json.mid(chance.number(0, int(json.size()) - 1), length));
             break;
         default:
             json[place] = "{}[]\",:0"[chance.number(0, 7)];
@@ -325,7 +325,7 @@ void tst_RecordProperties::anyPaste()
     for (int i = 0; i < rounds; ++i) {
         QString text = randomBlock(chance);
         if (!chance.once(8))
-            text.insert(chance.number(0, text.size() - 1), randomText(chance, 4));
+            text.insert(chance.number(0, int(text.size()) - 1), randomText(chance, 4));
         const auto block = parseNovalumBlock(text);
         QVERIFY2(block.has_value() == isBlock(text), text.toUtf8().toPercentEncoding().constData());
         block ? ++taken : ++refused;

@@ -42,6 +42,7 @@ const char* const givenTexts[][3] = {
     {"pushButtonSystemReset", "QPushButton", "System Reset"},
     {"pushButtonLoaderMode", "QPushButton", "Loader Mode"},
     {"labelRunningImage", "QLabel", ""},
+    {"pushButtonSaveDiagnostics", "QPushButton", "Save Diagnostics"},
     {"checkBoxEnhancedDiags", "QCheckBox",
      "Verbose Data Logging (Warning: Use only for diagnosing issues.  Will generate a very large log "
      "file)"},

@@ -172,6 +172,7 @@ void tst_SettingsPages::updateOfTheProgramIsExplained()
     const BoxAnswerer::Box& box = boxes.boxes().first();
     QCOMPARE(box.title, QString());
     QCOMPARE(box.icon, QMessageBox::Information);
+    QCOMPARE(box.spokenName, QStringLiteral("Information"));
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
     QCOMPARE(box.textFormat, Qt::PlainText);
     QVERIFY(box.text.contains(QStringLiteral("installing a newer package")));

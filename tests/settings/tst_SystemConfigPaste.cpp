@@ -153,7 +153,8 @@ void tst_SystemConfigPaste::randomTextChangesNothing()
         QString text = chance.once(2) ? block() : QString();
         // One character too many, too few or wrong makes a block no block, or another one.
         for (int i = chance.number(1, 40); i > 0; --i) {
-            text.insert(chance.number(0, text.size()), alphabet.at(chance.number(0, alphabet.size() - 1)));
+            text.insert(chance.number(0, int(text.size())),
+                        alphabet.at(chance.number(0, int(alphabet.size()) - 1)));
         }
         const bool valid = parseNovalumBlock(text).has_value();
         if (!valid) {

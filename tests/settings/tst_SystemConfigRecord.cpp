@@ -145,7 +145,7 @@ void tst_SystemConfigRecord::bytesOfNoCellAreKept()
         base[i] = static_cast<char>(i % 255 + 1); // never 0
     QByteArray expected = base;
     for (const Place& place : allPlaces()) {
-        const int size = sampleOf(place.type).bytes.size();
+        const auto size = sampleOf(place.type).bytes.size();
         expected.replace(place.offset, size, QByteArray(size, '\0'));
     }
     expected.replace(8, 4, QByteArray::fromHex("08000000"));

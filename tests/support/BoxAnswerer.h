@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QList>
 #include <QMessageBox>
@@ -22,6 +23,7 @@ public:
         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
         Qt::TextFormat textFormat = Qt::AutoText;
         const QWidget* parent = nullptr;
+        QString spokenName; ///< what a screen reader says of it first
     };
 
     /// Every box is left by @p answer where it has that button, else by Escape.
@@ -35,7 +37,7 @@ public:
     void clear() { m_boxes.clear(); }
 
     /// True when exactly one box came: a warning without a title, with this text, one OK button and plain
-    /// text.
+    /// text, which is called one to those who do not see it.
     bool sawOneWarning(const QString& text) const
     {
         if (m_boxes.size() != 1) {
@@ -43,7 +45,8 @@ public:
         }
         const Box& box = m_boxes.first();
         return box.title.isEmpty() && box.text == text && box.icon == QMessageBox::Warning &&
-               box.buttons == QMessageBox::Ok && box.textFormat == Qt::PlainText;
+               box.buttons == QMessageBox::Ok && box.textFormat == Qt::PlainText &&
+               box.spokenName == QLatin1String("Warning");
     }
 
 private:
@@ -59,7 +62,8 @@ private:
         m_boxes.append(
             {box->windowTitle(), box->text(), box->icon(), box->standardButtons(),
              defaultButton == nullptr ? QMessageBox::NoButton : box->standardButton(box->defaultButton()),
-             box->textFormat(), box->parentWidget()});
+             box->textFormat(), box->parentWidget(),
+             QAccessible::queryAccessibleInterface(box)->text(QAccessible::Name)});
         if (QAbstractButton* button = box->button(m_answer)) {
             button->click();
         } else {

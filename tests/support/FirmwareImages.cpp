@@ -170,8 +170,9 @@ QByteArray text(const Image& image)
 Image ofTextSize(Image image, int textSize)
 {
     image.dataSize = 0;
-    const int frame = text(image).size();
-    const int lineSize = 2 + 2 * (1 + image.addressWidth + image.bytesPerLine + 1) + image.lineEnd.size();
+    const int frame = int(text(image).size());
+    const int lineSize =
+        2 + 2 * (1 + image.addressWidth + image.bytesPerLine + 1) + int(image.lineEnd.size());
     const int lines = std::max(0, (textSize - frame + lineSize - 1) / lineSize);
     image.dataSize = lines * image.bytesPerLine;
     return image;
@@ -179,7 +180,7 @@ Image ofTextSize(Image image, int textSize)
 
 int lineCount(const QByteArray& text)
 {
-    return text.count('\n') - 1;
+    return int(text.count('\n')) - 1;
 }
 
 QString write(const QString& folder, const Image& image)

@@ -56,12 +56,12 @@ QStringList LogCapture::lines(LogLevel level) const
 
 int LogCapture::count(const QString& text) const
 {
-    return lines().filter(text).size();
+    return int(lines().filter(text).size());
 }
 
 int LogCapture::count(const QString& text, LogLevel level) const
 {
-    return lines(level).filter(text).size();
+    return int(lines(level).filter(text).size());
 }
 
 void LogCapture::clear()

@@ -158,7 +158,7 @@ QByteArray ReleaseArchive::headerReplaced(const QByteArray& archive, const QByte
     QByteArray result = archive;
     const auto offset = qFromLittleEndian<quint64>(archive.constData() + 12);
     const int start = ArchiveChecksums::startHeaderSize + int(offset);
-    int found = result.indexOf(from, start);
+    auto found = result.indexOf(from, start);
     if (found < 0 || from.size() != to.size()) {
         return {};
     }

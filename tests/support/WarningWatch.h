@@ -20,14 +20,21 @@ public:
     WarningWatch(const WarningWatch&) = delete;
     WarningWatch& operator=(const WarningWatch&) = delete;
 
-    /// What was warned of, except for what the screenless platform says of its own limits.
+    /// What was warned of, except for what the screenless platform and the fonts say of their own limits.
     static QStringList messages() { return s_messages; }
 
 private:
+    /// The screenless platform's own limits, and scripts that no font of the machine shapes.
+    static bool isOfThePlatform(const QString& text)
+    {
+        return text.startsWith(QLatin1String("This plugin does not support")) ||
+               text.trimmed().startsWith(QLatin1String("OpenType support missing for"));
+    }
+
     static void handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
     {
         const bool isWarning = type == QtWarningMsg || type == QtCriticalMsg;
-        if (isWarning && !text.startsWith(QLatin1String("This plugin does not support"))) {
+        if (isWarning && !isOfThePlatform(text)) {
             s_messages.append(text);
         }
         if (s_previous != nullptr) {

@@ -126,8 +126,9 @@ void closeUnderMessageBox(Scene& scene)
         scene.window().onShutterControlChanged(0);
         auto* button = scene.window().findChild<QPushButton*>(QStringLiteral("pushButtonChannelShutter1"));
         scene.closeSoon();
-        QMouseEvent release(QEvent::MouseButtonRelease, button->rect().center(), Qt::LeftButton, Qt::NoButton,
-                            Qt::NoModifier);
+        const QPoint middle = button->rect().center();
+        QMouseEvent release(QEvent::MouseButtonRelease, middle, button->mapToGlobal(middle), Qt::LeftButton,
+                            Qt::NoButton, Qt::NoModifier);
         QCoreApplication::sendEvent(button, &release);
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compat/QtVersion.h"
 #include "update/SRecord.h"
 
 #include <QByteArray>
@@ -43,6 +44,6 @@ inline QList<ReadLine> readStream(const QByteArray& text, int limit = 1000000)
 {
     QTextStream stream(text);
     stream.setAutoDetectUnicode(false); // a byte is a character here, whatever the text begins with
-    stream.setCodec("ISO-8859-1");
+    QtVersion::useLatin1(stream);
     return readLines([&stream](SRecord& record) { return parseRecord(stream, record); }, limit);
 }

@@ -112,11 +112,11 @@ void tst_ArchiveDamage::wrongChecksum()
     const Members members = smallRelease();
     QByteArray archive =
         ReleaseArchive::pack(members, {QStringLiteral("-m0=Copy"), QStringLiteral("-mhc=off")});
-    int size = 0;
+    qint64 size = 0;
     for (const ReleaseArchive::Member& member : members) {
         size += member.content.size();
     }
-    const int changed = ArchiveChecksums::startHeaderSize + (place < 0 ? size - 1 : place);
+    const int changed = ArchiveChecksums::startHeaderSize + (place < 0 ? int(size) - 1 : place);
     archive[changed] = static_cast<char>(archive.at(changed) ^ 1);
     const LogCapture log;
     QCOMPARE(extract(archive), quint16(ArchiveStatus::WrongChecksum));
@@ -157,7 +157,7 @@ void tst_ArchiveDamage::changedAnywhere()
         }
         QVERIFY(m_folder->put(QStringLiteral("LoaderOut.srec"), "the one before"));
     }
-    qInfo("%d bytes changed, %d of them without effect", archive.size() / everyNth, harmless);
+    qInfo("%d bytes changed, %d of them without effect", int(archive.size()) / everyNth, harmless);
     QVERIFY(harmless * 10 < archive.size() / everyNth);
 }
 
@@ -166,10 +166,10 @@ void tst_ArchiveDamage::changedAnywhere()
 void tst_ArchiveDamage::changedHeaderThatLooksWhole()
 {
     const QByteArray archive = ReleaseArchive::pack(smallRelease(), {QStringLiteral("-mhc=off")});
-    const int headerStart = archive.size() - 250;
+    const auto headerStart = archive.size() - 250;
     QVERIFY(headerStart > 0);
     int unpacked = 0;
-    for (int place = headerStart; place < archive.size(); ++place) {
+    for (auto place = headerStart; place < archive.size(); ++place) {
         for (const int value : {0x00, 0x01, 0x7f, 0xff}) {
             QByteArray changed = archive;
             changed[place] = static_cast<char>(value);

@@ -34,7 +34,7 @@ private:
         image.lineEnd = number(0, 1) == 0 ? "\n" : "\r\n";
         QByteArray text = FirmwareImages::text(image);
         for (int left = number(0, 3); left > 0; --left) {
-            const int place = number(0, text.size() - 1);
+            const int place = number(0, int(text.size()) - 1);
             switch (number(0, 3)) {
             case 0:
                 text[place] = byte();
@@ -79,7 +79,8 @@ private:
                                              "S30500039FC0F8"};
         QByteArray text;
         for (int left = number(0, 12); left > 0; --left) {
-            text += number(0, 3) == 0 ? QByteArray(1, byte()) : fragments.at(number(0, fragments.size() - 1));
+            text += number(0, 3) == 0 ? QByteArray(1, byte())
+                                      : fragments.at(number(0, int(fragments.size()) - 1));
         }
         return text;
     }

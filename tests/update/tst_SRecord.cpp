@@ -147,7 +147,7 @@ void tst_SRecord::statusOfOneLine()
     ReadLine fromStream = sentinel();
     QTextStream stream(text);
     stream.setAutoDetectUnicode(false);
-    stream.setCodec("ISO-8859-1");
+    QtVersion::useLatin1(stream);
     fromStream.status = parseRecord(stream, fromStream.record);
 
     QCOMPARE(fromBytes.status, status);

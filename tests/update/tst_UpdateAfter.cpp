@@ -41,6 +41,8 @@ private slots:
     void unplugged();
     void windowGone_data();
     void windowGone();
+    void starterIsActiveAgain_data();
+    void starterIsActiveAgain();
 
 private:
     void click(const char* name) const { m_hand->click(name); }
@@ -261,6 +263,27 @@ void tst_UpdateAfter::windowGone()
     QVERIFY(!last);
     QCOMPARE(count, dialogNumber);
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
+}
+
+void tst_UpdateAfter::starterIsActiveAgain_data()
+{
+    QTest::addColumn<bool>("isCanceled");
+    QTest::newRow("complete") << false;
+    QTest::newRow("canceled") << true;
+}
+
+void tst_UpdateAfter::starterIsActiveAgain()
+{
+    QFETCH(bool, isCanceled);
+    if (isCanceled) {
+        m_device->when("wf:", 1, &clickCancel);
+    }
+    m_hand->dialog().activateWindow();
+    QTRY_COMPARE(QApplication::activeWindow(), &m_hand->dialog());
+    // The progress and the boxes are the main window's, which is what a desktop goes back to.
+    m_trace->setOnShow([this](QWidget&) { m_window->activateWindow(); });
+    QCOMPARE(update().constLast() == complete, !isCanceled);
+    QTRY_COMPARE(QApplication::activeWindow(), &m_hand->dialog());
 }
 
 QTEST_MAIN(tst_UpdateAfter)

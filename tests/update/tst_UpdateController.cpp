@@ -62,7 +62,7 @@ void tst_UpdateController::init()
             watch(*box);
         } else if (box != nullptr && m_sinceWaiting.isValid()) {
             m_waitedMs = m_sinceWaiting.elapsed();
-            m_linesInWait = m_illuminator->bench().received().size() - m_linesBefore;
+            m_linesInWait = int(m_illuminator->bench().received().size()) - m_linesBefore;
             m_sinceWaiting.invalidate();
         }
     });
@@ -86,7 +86,7 @@ void tst_UpdateController::watch(const QMessageBox& status)
         QCOMPARE(mode(), DeviceMode::UpdatingLaserController);
         m_sinceWaiting.start();
         m_processorTime = std::clock();
-        m_linesBefore = m_illuminator->bench().received().size();
+        m_linesBefore = int(m_illuminator->bench().received().size());
         if (m_whenWaiting) {
             m_whenWaiting();
         }

@@ -219,7 +219,7 @@ void tst_UpdateFaults::everyPoint()
             QString::fromUtf8(copy->readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         for (const QString& line : lines) {
             if (line.startsWith(QLatin1String("tried "))) {
-                tried += line.midRef(6).toInt();
+                tried += line.mid(6).toInt();
             } else {
                 wrong.append(line);
             }

@@ -137,7 +137,7 @@ void tst_UpdateSafety::clickInsideATransfer()
     QVERIFY(clicked);
     QVERIFY(m_bench->isUpdated());
     const QList<QByteArray> lines = m_bench->lines().texts();
-    const int begin = lines.indexOf("goloader");
+    const auto begin = lines.indexOf("goloader");
     const auto isRead = [](const QByteArray& line) { return line.startsWith("rf:"); };
     QVERIFY(begin > 0 &&
             std::count_if(lines.begin(), lines.begin() + begin, isRead) >= 3); // the whole record came before

@@ -1,6 +1,7 @@
 #include "QsLog2_1_0/FileDestination.h"
 
 #include "QsLog2_1_0/FailureReport.h"
+#include "compat/QtVersion.h"
 
 #include <algorithm>
 #include <utility>
@@ -26,7 +27,7 @@ void FileDestination::attach()
 {
     m_strategy->attachFile(m_file);
     m_stream.setDevice(&m_file);
-    m_stream.setCodec("UTF-8");
+    QtVersion::useUtf8(m_stream);
 }
 
 void FileDestination::rotate()

@@ -32,6 +32,7 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(LogStatement)
+    using Length = QString::size_type;
 
     void write();
     void appendBare(QLatin1String utf8);
@@ -44,20 +45,20 @@ private:
     void appendQuoted(const QByteArray& bytes);
     void appendShown(QString shown);
     void appendItem(const QString& shown);
-    QChar* startItem(int length);
-    QChar* extend(int length);
+    QChar* startItem(Length length);
+    QChar* extend(Length length);
 
-    QString m_line;   ///< longer than what it holds until the line is written
-    int m_length = 0; ///< characters of m_line that hold something
-    int m_stampPosition;
+    QString m_line;      ///< longer than what it holds until the line is written
+    Length m_length = 0; ///< characters of m_line that hold something
+    Length m_stampPosition;
     LogLevel m_level;
     bool m_hasItems = false;
 };
 
 /// Room for `length` more characters, which the caller fills in.
-inline QChar* LogStatement::extend(int length)
+inline QChar* LogStatement::extend(Length length)
 {
-    const int start = m_length;
+    const Length start = m_length;
     m_length += length;
     if (m_length > m_line.size()) {
         m_line.resize(2 * m_length);
@@ -66,9 +67,9 @@ inline QChar* LogStatement::extend(int length)
 }
 
 /// The same for an item, set apart from the one before it.
-inline QChar* LogStatement::startItem(int length)
+inline QChar* LogStatement::startItem(Length length)
 {
-    const int blank = m_hasItems ? 1 : 0;
+    const Length blank = m_hasItems ? 1 : 0;
     m_hasItems = true;
     QChar* target = extend(length + blank);
     *target = QLatin1Char(' '); // the item itself overwrites it where none is due

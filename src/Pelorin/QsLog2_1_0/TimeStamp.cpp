@@ -10,7 +10,7 @@
 namespace QsLogging {
 namespace {
 
-constexpr int secondsLength = 19; // "yyyy-MM-ddThh:mm:ss"
+constexpr QString::size_type secondsLength = 19; // "yyyy-MM-ddThh:mm:ss"
 
 /// The part of a stamp that changes once a second, which is also as often as a change to or from summer
 /// time can happen. Formatting it is six times as dear as writing the line it belongs to.
@@ -28,7 +28,7 @@ SecondsText formatSeconds(qint64 second)
     result.second = second;
     result.characters.fill(QLatin1Char('?'));
     // A clock set beyond the year 9999 yields a longer text; the line keeps its form nevertheless.
-    std::copy_n(text.begin(), std::min<int>(text.size(), secondsLength), result.characters.begin());
+    std::copy_n(text.begin(), std::min(text.size(), secondsLength), result.characters.begin());
     return result;
 }
 

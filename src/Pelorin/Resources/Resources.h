@@ -25,6 +25,6 @@ QPalette darkPalette();
 QIcon applicationIcon();
 
 /// Gives @p application the program's look: style, colours, style sheet and icon. Call it once, before the
-/// first window is made. Sharp pictures on dense screens also need Qt::AA_EnableHighDpiScaling and
-/// Qt::AA_UseHighDpiPixmaps, which must be set before the application object exists.
+/// first window is made. Sharp pictures on dense screens also need QtVersion::followScreenDensity(), called
+/// before the application object exists.
 void applyLook(QApplication& application);

@@ -2,6 +2,7 @@
 
 #include "QsLog2_1_0/QsLog.h"
 #include "Resources/Resources.h"
+#include "compat/QtVersion.h"
 #include "mainwindow/PelorinMainWindow.h"
 #include "mainwindow/SettingsStore.h"
 
@@ -66,8 +67,7 @@ int runProgram(int argc, char** argv, const std::function<void(PelorinMainWindow
         qputenv("QT_XCB_GL_INTEGRATION", "none");
     }
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QtVersion::followScreenDensity();
     QApplication application(argc, argv);
     const QString arguments = joinArguments(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnwick"));

@@ -7,3 +7,7 @@
 /// may be deleted meanwhile, takes the box along.
 void tellUser(QWidget* parent, QMessageBox::Icon icon, const QString& text, const QString& title = QString(),
               Qt::TextFormat format = Qt::PlainText);
+
+/// Lets a screen reader say of a box without a title what its picture tells the eye. For boxes that
+/// tellUser() does not show.
+void nameForScreenReader(QMessageBox& box);

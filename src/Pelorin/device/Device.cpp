@@ -7,6 +7,7 @@ Device::Private::Private(Device& device) : q(&device)
     connect(&line, &SerialLine::received, q, [this](const QByteArray& chunk) { onReceived(chunk); });
     connect(&line, &SerialLine::aboutToClose, q, [this] { onAboutToClose(); });
     connect(&line, &SerialLine::failed, q, &Device::portError);
+    connect(&line, &SerialLine::openFailureChanged, q, &Device::openFailureChanged);
     connect(&connectionTimer, &QTimer::timeout, q, &Device::checkConnectionStatus);
     connect(&transactionTimer, &QTimer::timeout, q, [this] { onResponseTimeout(); });
     connect(&busyTimer, &QTimer::timeout, q, [this] { onBusyTimeout(); });

@@ -73,8 +73,7 @@ public:
     // --- Last states told by the device (see DevicePolling.cpp) ------------------------------------
     bool faultState() const;
     bool warningState() const;
-    /// Allows or stops the status poll; it never runs in device modes 1, 2 and 4.
-    void setPolling(bool on);
+    void setPolling(bool on); ///< allows or stops the status poll; never runs in device modes 1, 2 and 4
 
     // --- Queries -----------------------------------------------------------------------------------
     int getFunctionalMode(FunctionalMode_t& mode);
@@ -125,8 +124,7 @@ public:
     int goApp();
 
 public slots:
-    /// Closes an open port; the next connection check opens one again.
-    void selectPort(const QString& portName);
+    void selectPort(const QString& portName); ///< closes an open port; the next check opens one again
     void checkConnectionStatus();
     void pollDevice();
 
@@ -134,6 +132,9 @@ signals:
     void deviceConnected(const QString& portName);
     void deviceDisconnected(const QString& portName);
     void portError(const QString& errorString);
+    /// A listed device cannot be opened, at another port or for another cause than told last; None as soon as
+    /// it can, or is no longer listed. The same failure of later attempts is not told again.
+    void openFailureChanged(const QString& portName, OpenFailure cause);
     void functionalModeChanged(FunctionalMode_t mode);
     void faultStateChanged(bool faultState, const QString& errorMessage);
     void warningStateChanged(bool warningState, const QString& warningMessage);
@@ -141,8 +142,7 @@ signals:
     void shutterChanged(bool* shutterStates);
     void intensityChanged(float* intensityLevels);
     void invertedStateChanged(bool* invertedTTLStates); ///< declared only; the poll does not emit it
-    /// Every chunk received, before anything is made of it.
-    void receivedDataFromDevice(QByteArray& data);
+    void receivedDataFromDevice(QByteArray& data);      ///< every chunk, before anything is made of it
 
 private:
     struct Private;

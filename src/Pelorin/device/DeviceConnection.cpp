@@ -64,8 +64,10 @@ void Device::Private::openFirstIlluminator(const QList<SerialPortEntry>& ports)
     if (line.isChanging() || identifying > reopenAllowedAt)
         return;
     const auto found = std::find_if(ports.begin(), ports.end(), SerialPorts::isIlluminator);
-    if (found == ports.end())
+    if (found == ports.end()) {
+        line.forgetOpenFailure();
         return;
+    }
     QS_INFO() << "Product match on port" << found->name;
     portName = found->name;
     if (!line.open(found->name)) {

@@ -25,6 +25,15 @@ enum class DeviceMode : quint8 {
 /// Who sets intensities or shutters: the device's external inputs or this computer.
 enum class ControlSource : quint8 { External = 0, Host = 1 };
 
+/// Why a device that is listed cannot be opened.
+enum class OpenFailure : quint8 {
+    None,   ///< it is open, or none is listed
+    Denied, ///< this user has no right to use its port
+    Busy,   ///< another program holds its port, perhaps for some seconds only
+    Gone,   ///< its port is listed still, and no device is behind it any more
+    Other,  ///< anything else; the log has the port's error
+};
+
 using ShutterStates = std::array<bool, channelCount>;    ///< true = open
 using IntensityLevels = std::array<float, channelCount>; ///< percent
 using TtlInvertStates = std::array<bool, channelCount>;  ///< true = inverted

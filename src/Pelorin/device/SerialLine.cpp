@@ -1,6 +1,7 @@
 #include "device/SerialLine.h"
 
 #include "QsLog2_1_0/QsLog.h"
+#include "device/OpenFailure.h"
 #include "device/SerialPorts.h"
 
 #include <QMetaEnum>
@@ -39,18 +40,37 @@ bool SerialLine::open(const QString& portName)
 {
     if (isChanging() || m_port.isOpen())
         return false;
-    const QScopedValueRollback<bool> opening(m_opening, true);
-    if (m_portName != portName)
+    const bool isAnotherPort = m_portName != portName;
+    if (isAnotherPort)
         m_openError = QSerialPort::NoError;
     m_portName = portName;
+    if (tryToOpen()) {
+        forgetOpenFailure();
+        return isOpen(); // whoever heard of it may have closed it
+    }
+    const OpenFailure cause = FailedOpening::of(portName, m_openError, m_openErrorText).cause();
+    if (std::exchange(m_openFailure, cause) != cause || isAnotherPort)
+        emit openFailureChanged(portName, cause);
+    return false;
+}
+
+bool SerialLine::tryToOpen()
+{
+    const QScopedValueRollback<bool> opening(m_opening, true);
     m_readFailed = false;
-    m_port.setPortName(portName);
+    m_port.setPortName(m_portName);
     if (!m_port.open(QIODevice::ReadWrite))
         return false;
     m_openError = QSerialPort::NoError;
     // What the system gathered before is no answer to anything that we ask.
     m_port.clear();
     return true;
+}
+
+void SerialLine::forgetOpenFailure()
+{
+    if (std::exchange(m_openFailure, OpenFailure::None) != OpenFailure::None)
+        emit openFailureChanged(m_portName, OpenFailure::None);
 }
 
 void SerialLine::close()
@@ -127,6 +147,7 @@ void SerialLine::tellOpenError(QSerialPort::SerialPortError error, const QString
 {
     if (std::exchange(m_openError, error) != error)
         QS_ERROR() << "Serial port error" << nameOf(error);
+    m_openErrorText = text;
     emit failed(text);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "device/DeviceTypes.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QSerialPort>
@@ -8,8 +10,8 @@
 /// The one serial port of the link with its fixed settings, and the judgement whether the device behind it
 /// is still there. It logs and announces trouble; what goes over the line is its owner's business.
 ///
-/// All signals are emitted from within the port's own slots: a receiver may close the line, but must not
-/// delete it and must not wait for bytes.
+/// The signals are emitted from within the port's own slots or while it is being opened: a receiver may close
+/// the line, but must not delete it and must not wait for bytes.
 class SerialLine : public QObject
 {
     Q_OBJECT
@@ -21,6 +23,8 @@ public:
     /// Opens the port and throws away what the system had buffered for it. False, with the cause logged
     /// once per cause and announced, when the port cannot be opened.
     bool open(const QString& portName);
+    /// The port that could not be opened is there no longer.
+    void forgetOpenFailure();
     void close();
     /// False from the moment the line begins to close, and true only once opening is over.
     bool isOpen() const;
@@ -42,8 +46,11 @@ signals:
     void aboutToClose();
     /// Any error, "no error" included, in the port's own words.
     void failed(const QString& errorString);
+    /// Opening failed, unlike the attempt before; None when it succeeds again, or the failure is forgotten.
+    void openFailureChanged(const QString& portName, OpenFailure cause);
 
 private:
+    bool tryToOpen();
     void readAvailable();
     void handleError(QSerialPort::SerialPortError error);
     void tellOpenError(QSerialPort::SerialPortError error, const QString& text);
@@ -53,6 +60,8 @@ private:
     QSerialPort m_port{this};
     QString m_portName;
     QSerialPort::SerialPortError m_openError = QSerialPort::NoError; // of the last attempt to open
+    QString m_openErrorText;
+    OpenFailure m_openFailure = OpenFailure::None; // as it was told last
     bool m_opening = false;
     bool m_closing = false;
     bool m_writing = false;

@@ -25,7 +25,8 @@ QList<SerialPortEntry> platformPorts()
     QList<SerialPortEntry> entries;
     const auto ports = QSerialPortInfo::availablePorts();
     for (const QSerialPortInfo& port : ports) {
-        SerialPortEntry entry{port.portName(), {}, {}, port.serialNumber()};
+        SerialPortEntry entry{port.portName(),    {}, {}, port.serialNumber(), port.description(),
+                              port.manufacturer()};
         if (port.hasVendorIdentifier())
             entry.vendorId = port.vendorIdentifier();
         if (port.hasProductIdentifier())

@@ -13,6 +13,8 @@ struct SerialPortEntry
     std::optional<quint16> vendorId;  ///< USB vendor identifier, where the port has one
     std::optional<quint16> productId; ///< USB product identifier, where the port has one
     QString serialNumber = {};        ///< USB serial number; empty where the port has none
+    QString description = {};         ///< what the device calls itself, for people; may be empty
+    QString manufacturer = {};        ///< the same of its maker
 };
 
 namespace SerialPorts {

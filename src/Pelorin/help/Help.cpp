@@ -37,7 +37,7 @@ QString Help::pageAt(const QWidget* start, const QString& fallback)
 {
     for (const QWidget* widget = start; widget != nullptr; widget = widget->parentWidget()) {
         const QVariant page = widget->property(pageProperty);
-        if (page.type() == QVariant::String && !page.toString().isEmpty()) {
+        if (page.userType() == QMetaType::QString && !page.toString().isEmpty()) {
             return page.toString();
         }
     }

@@ -1,32 +1,53 @@
 #include "help/Manual.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-
-static void initManual()
-{
-    // A static library's resources stay unknown until somebody asks for them.
-    Q_INIT_RESOURCE(manual);
-}
+#include <QRegularExpression>
 
 namespace {
-constexpr char folder[] = "/manual/";
+constexpr char scheme[] = "manual";
+/// Not the root, so that a link that begins there leads to no page.
+constexpr char root[] = "/vyr/";
 constexpr char ending[] = ".md";
+constexpr qint64 maximumPageBytes = 1'000'000;
 
-QString pathOf(const QString& page)
+QString& chosenFolder()
 {
-    return QLatin1String(folder) + page + QLatin1String(ending);
+    static QString path;
+    return path;
+}
+
+bool isPageName(const QString& name)
+{
+    static const QRegularExpression allowed(QStringLiteral("\\A[a-z0-9]+(-[a-z0-9]+)*\\z"));
+    return allowed.match(name).hasMatch();
+}
+
+/// Relative to the folder; empty unless @p address is one of the manual's, and nothing but a scheme and a
+/// path.
+QString pathIn(const QUrl& address)
+{
+    QUrl plain;
+    plain.setScheme(QLatin1String(scheme));
+    plain.setPath(address.path());
+    const QLatin1String start(root);
+    return plain == address && address.path().startsWith(start) ? address.path().mid(start.size())
+                                                                : QString();
 }
 } // namespace
 
-QStringList Manual::pages()
+QString Manual::folder()
 {
-    initManual();
-    QStringList names = QDir(QLatin1Char(':') + QLatin1String(folder)).entryList(QDir::Files, QDir::Name);
-    for (QString& name : names) {
-        name.chop(static_cast<int>(sizeof(ending)) - 1);
+    if (!chosenFolder().isEmpty()) {
+        return chosenFolder();
     }
-    return names;
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../share/vyr/manual"));
+}
+
+void Manual::setFolder(const QString& path)
+{
+    chosenFolder() = path;
 }
 
 QString Manual::indexPage()
@@ -34,30 +55,47 @@ QString Manual::indexPage()
     return QStringLiteral("index");
 }
 
+QString Manual::pathOf(const QString& page)
+{
+    return folder() + QLatin1Char('/') + page + QLatin1String(ending);
+}
+
 QUrl Manual::address(const QString& page)
 {
     QUrl url;
-    url.setScheme(QStringLiteral("qrc"));
-    url.setPath(pathOf(pages().contains(page) ? page : indexPage()));
+    url.setScheme(QLatin1String(scheme));
+    url.setPath(QLatin1String(root) + (isPageName(page) ? page : indexPage()) + QLatin1String(ending));
     return url;
 }
 
 QString Manual::pageAt(const QUrl& address)
 {
-    const QStringList names = pages();
-    for (const QString& name : names) {
-        if (address == Manual::address(name)) {
-            return name;
-        }
+    const QString path = pathIn(address);
+    if (!path.endsWith(QLatin1String(ending))) {
+        return {};
     }
-    return {};
+    const QString name = path.chopped(static_cast<int>(sizeof(ending)) - 1);
+    return isPageName(name) ? name : QString();
 }
 
 QString Manual::text(const QString& page)
 {
-    if (!pages().contains(page)) {
+    if (!isPageName(page)) {
         return {};
     }
-    QFile file(QLatin1Char(':') + pathOf(page));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    QFile file(pathOf(page));
+    if (!file.open(QIODevice::ReadOnly) || file.size() > maximumPageBytes) {
+        return {};
+    }
+    const QByteArray bytes = file.readAll();
+    const QString text = QString::fromUtf8(bytes);
+    // What is no UTF-8 would be shown with holes in it.
+    return text.toUtf8() == bytes ? text : QString();
+}
+
+QString Manual::pictureAt(const QUrl& address)
+{
+    static const QRegularExpression allowed(QStringLiteral("\\Apictures/[a-z0-9]+(-[a-z0-9]+)*\\.png\\z"));
+    const QString path = pathIn(address);
+    return allowed.match(path).hasMatch() ? QString(folder() + QLatin1Char('/') + path) : QString();
 }

@@ -12,12 +12,31 @@ constexpr qreal pageMargin = 16;
 constexpr qreal paragraphGap = 9;
 constexpr qreal itemGap = 4;
 constexpr qreal cellPadding = 5;
+constexpr qreal codeMargin = 18;
 constexpr qreal lineHeightPercent = 118;
 
 /// The framework needs an empty line behind a table and keeps it when text follows.
 bool isLeftBehindTable(const QTextBlock& block)
 {
     return block.text().isEmpty() && QTextCursor(block).currentTable() == nullptr;
+}
+
+/// A code block is as many text blocks as it has lines.
+bool isCode(const QTextBlock& block)
+{
+    return block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage);
+}
+
+void setCode(QTextBlockFormat& format, const QTextBlock& block)
+{
+    const bool isLast = !isCode(block.next());
+    format.setTopMargin(0);
+    format.setBottomMargin(isLast ? paragraphGap : 0);
+    format.setLeftMargin(codeMargin);
+    if (isLast && block.text().isEmpty()) {
+        // Not every version of the framework leaves the end of the last line away.
+        format.setLineHeight(1, QTextBlockFormat::FixedHeight);
+    }
 }
 
 bool endsList(const QTextBlock& block)
@@ -32,6 +51,8 @@ void setBlock(const QTextBlock& block)
     if (format.headingLevel() > 0) {
         format.setTopMargin(isFirst ? 0 : 2 * paragraphGap);
         format.setBottomMargin(paragraphGap);
+    } else if (isCode(block)) {
+        setCode(format, block);
     } else if (isLeftBehindTable(block)) {
         format.setTopMargin(0);
         format.setBottomMargin(0);

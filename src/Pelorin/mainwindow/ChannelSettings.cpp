@@ -1,5 +1,6 @@
 #include "mainwindow/ChannelSettings.h"
 
+#include "compat/QtVersion.h"
 #include "mainwindow/ChannelTable.h"
 #include "mainwindow/channel.h"
 
@@ -72,7 +73,7 @@ ChannelSettings readChannelSettings(const QSettings& store, const QString& paren
 {
     const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
     ChannelSettings channel;
-    channel.name = store.value(key(nameKey), ChannelTable::defaultName(index)).toString();
+    channel.name = QtVersion::storedText(store.value(key(nameKey), ChannelTable::defaultName(index)));
     channel.intensity = readPercent(store, key(intensityKey));
     channel.visible = StoredValue::toBool(store, key(visibleKey), true);
     channel.ttlInverted = StoredValue::toBool(store, key(ttlInvertKey), false);
@@ -86,7 +87,7 @@ std::optional<ChannelSettings> readWholeChannelSettings(const QSettings& store, 
 {
     const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
     // A text with a bare comma is read as a list, and would become an empty name without notice.
-    const bool isNameText = store.value(key(nameKey)).userType() == QMetaType::QString;
+    const bool isNameText = QtVersion::isStoredText(store.value(key(nameKey)));
     const bool whole = isNameText && isPercent(store.value(key(intensityKey))) &&
                        StoredValue::asBool(store, key(visibleKey)) &&
                        StoredValue::asBool(store, key(ttlInvertKey)) && isColour(store.value(key(colourKey)));
@@ -97,7 +98,7 @@ void writeChannelSettings(QSettings& store, const QString& parentGroup, int inde
                           const ChannelSettings& channel)
 {
     const auto key = [&](const char* name) { return channelKey(parentGroup, index, name); };
-    store.setValue(key(nameKey), channel.name);
+    store.setValue(key(nameKey), QtVersion::storable(channel.name));
     store.setValue(key(intensityKey), static_cast<double>(channel.intensity));
     store.setValue(key(visibleKey), channel.visible);
     store.setValue(key(ttlInvertKey), channel.ttlInverted);

@@ -39,7 +39,7 @@ void ChannelSlider::paintEvent(QPaintEvent* event)
     }
     QPainter painter(this);
     QColor ink = palette().color(foregroundRole());
-    ink.setAlphaF(0.45);
+    ink.setAlphaF(0.45F);
     painter.setPen(ink);
     for (int value = minimum(); value <= maximum(); value += markEvery) {
         const int length = (value % (2 * markEvery) == 0) ? majorMarkLength : minorMarkLength;

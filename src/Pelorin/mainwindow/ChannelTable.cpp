@@ -12,7 +12,7 @@ const ChannelDescriptor& descriptor(int index)
 int component(const QString& text, int position)
 {
     bool ok = false;
-    const uint value = text.midRef(position, digitsPerComponent).toUInt(&ok, hexadecimal);
+    const uint value = text.mid(position, digitsPerComponent).toUInt(&ok, hexadecimal);
     return ok && value <= 0xFF ? static_cast<int>(value) : 0;
 }
 } // namespace

@@ -1,5 +1,7 @@
 #include "mainwindow/LaserDisplay.h"
 
+#include "compat/QtVersion.h"
+
 #include <QCoreApplication>
 #include <QIcon>
 #include <QLabel>
@@ -35,7 +37,7 @@ void setPicture(QLabel* label, const char* name)
 {
     const QString path = QLatin1String(":/Resources/laser_output_area/") + QLatin1String(name);
     // The icon knows the picture's larger sibling and takes it where the screen has the pixels for it.
-    label->setPixmap(QIcon(path).pixmap(label->window()->windowHandle(), QPixmap(path).size()));
+    label->setPixmap(QtVersion::pixmapOf(QIcon(path), QPixmap(path).size(), *label));
 }
 
 QString statusWord(const LaserState& state)
@@ -95,7 +97,8 @@ LaserDisplay::LaserDisplay(const QWidget& window)
       m_systemId(find(window, "labelSystemId")), m_systemIdToolTip(m_systemId->toolTip())
 {
     m_systemId->setTextFormat(Qt::PlainText);
-    m_statusText->setText(tr("Disconnected"));
+    // The form has the pictures; the words that a screen reader says for them come with the states.
+    showDisconnected();
 }
 
 void LaserDisplay::showState(const LaserState& state)

@@ -3,6 +3,7 @@
 #include "QsLog2_1_0/QsLog.h"
 #include "device/Device.h"
 #include "mainwindow/ChannelPanel.h"
+#include "mainwindow/OpenFailureNotice.h"
 #include "mainwindow/PelorinMainWindow.h"
 #include "scenario/Scenario.h"
 #include "update/Update.h"
@@ -274,7 +275,19 @@ void PelorinMainWindow::onDeviceDisconnected(const QString& portName)
 
 void PelorinMainWindow::onDeviceError(const QString& errorString)
 {
-    showStatus(tr("Port error %1").arg(errorString));
+    // While the device cannot be opened each attempt tells its errors here, too, and says less by them.
+    if (!m_openFailure->isStanding()) {
+        showStatus(tr("Port error %1").arg(errorString));
+    }
+}
+
+void PelorinMainWindow::onOpenFailureChanged(const QString& portName, OpenFailure cause)
+{
+    m_openFailure->tell(portName, cause);
+    // Once it is open, its identification says more in a moment.
+    if (cause == OpenFailure::None && !m_device->isOpen() && !m_update->isInProgress()) {
+        showStatus(tr("Device disconnected on %1").arg(portName));
+    }
 }
 
 void PelorinMainWindow::onDataReceivedFromDevice(QByteArray& bytes)
@@ -293,11 +306,18 @@ void PelorinMainWindow::onDataReceivedFromDevice(QByteArray& bytes)
 
 void PelorinMainWindow::onIntensityControlChanged(quint8 mode)
 {
+    const bool wasExternal = m_choices.intensityControl != 1;
     m_choices.intensityControl = mode;
     // Shown first: sending can wait for the device, and the choice may be another one by then.
     m_display->showIntensityControl(mode);
     if (mode == 1) {
         m_panel->forgetReportedIntensities();
+    }
+    // What the inputs asked for holds no longer; the device goes on with what this computer set.
+    for (int number = 1; mode == 1 && wasExternal && number <= channelCount; ++number) {
+        if (const channel* const kept = laser(number)) {
+            m_panel->showIntensity(number, kept->intensity());
+        }
     }
     if (m_device && !isUpdateInTheWay()) {
         m_device->setIntensityMode(mode);

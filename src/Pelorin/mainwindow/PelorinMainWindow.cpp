@@ -7,6 +7,7 @@
 #include "help/Help.h"
 #include "mainwindow/ChannelPanel.h"
 #include "mainwindow/CommandLine.h"
+#include "mainwindow/OpenFailureNotice.h"
 #include "mainwindow/SettingsStore.h"
 #include "scenario/Scenario.h"
 #include "settings/Console.h"
@@ -30,6 +31,7 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     connect(m_update, &Update::started, this, showUpdate);
     connect(m_update, &Update::actionRefused, this, showUpdate);
     connect(m_update, &Update::finished, this, &PelorinMainWindow::onUpdateFinished);
+    m_openFailure = new OpenFailureNotice(m_ui->statusBar, m_update, this);
 
     m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));
     setWindowTitle(windowTitle() + m_versionString);
@@ -66,6 +68,8 @@ void PelorinMainWindow::connectDevice()
     connect(device, &Device::receivedDataFromDevice, this, &PelorinMainWindow::onDataReceivedFromDevice,
             Qt::DirectConnection);
     connect(device, &Device::portError, this, &PelorinMainWindow::onDeviceError, Qt::DirectConnection);
+    connect(device, &Device::openFailureChanged, this, &PelorinMainWindow::onOpenFailureChanged,
+            Qt::DirectConnection);
     connect(device, &Device::deviceDisconnected, this, &PelorinMainWindow::onDeviceDisconnected,
             Qt::DirectConnection);
     connect(device, &Device::deviceConnected, this, &PelorinMainWindow::onDeviceConnected,

@@ -13,6 +13,7 @@
 
 class ChannelPanel;
 class Device;
+class OpenFailureNotice;
 class QKeyEvent;
 class QMouseEvent;
 class QSettings;
@@ -40,10 +41,8 @@ public:
     void loadSettings();
     /// Interprets the arguments (see CommandLine) and creates the settings dialog; to be called once.
     void processCommandLine(const QString& arguments);
-    /// Stores everything but the window's layout, which is stored when the window closes.
-    void saveSettings();
-    /// Asks the device for run or idle; the pictures follow its report.
-    void setLaserOn(bool on);
+    void saveSettings();      ///< all but the window's layout, which is stored when the window closes
+    void setLaserOn(bool on); ///< asks the device for run or idle; the pictures follow its report
 
     // All of these stay the window's.
     Device* device() const { return m_device.get(); }
@@ -56,6 +55,7 @@ public:
 public slots:
     void onDataReceivedFromDevice(QByteArray& bytes);
     void onDeviceError(const QString& errorString);
+    void onOpenFailureChanged(const QString& portName, OpenFailure cause);
     void onDeviceDisconnected(const QString& portName);
     void onDeviceConnected(const QString& portName);
     void onFunctionalModeChanged(FunctionalMode_t mode);
@@ -75,8 +75,7 @@ public slots:
     void onUpdateFinished(bool touched); ///< see Update::finished()
 
     void updateChannelName(channel* laser, const QString& name);
-    /// Stores the level in the channel and sends it.
-    void updateChannelIntensity(channel* laser, float intensityPercent);
+    void updateChannelIntensity(channel* laser, float intensityPercent); ///< stores the level and sends it
 
 signals:
     // The channel container stores the first three; nobody listens to the last one yet.
@@ -137,6 +136,7 @@ private:
     std::unique_ptr<LaserDisplay> m_display;
     ScenarioControl* m_scenarioControl = nullptr;
     Update* m_update = nullptr;
+    OpenFailureNotice* m_openFailure = nullptr;
     SettingsDialog* m_settingsDialog = nullptr;
     Scenario* m_scenario = nullptr;
     OperatingChoices m_choices;

@@ -1,6 +1,7 @@
 #include "mainwindow/SettingsStore.h"
 
 #include "QsLog2_1_0/QsLog.h"
+#include "compat/QtVersion.h"
 
 #include <QByteArrayList>
 #include <QDir>
@@ -19,6 +20,24 @@ std::unique_ptr<QSettings> makeStore()
 {
     return std::make_unique<QSettings>(QSettings::UserScope, QStringLiteral("Tarnwick"),
                                        QStringLiteral("VYR"));
+}
+
+/// The file is written as a whole: texts that another build left in it would otherwise go back changed,
+/// although nobody touched them.
+void keepTextsWhole(QSettings& store)
+{
+    const bool fallbacks = store.fallbacksEnabled();
+    store.setFallbacksEnabled(false);
+    const QStringList keys = store.allKeys();
+    for (const QString& key : keys) {
+        const QVariant value = store.value(key);
+        const QVariant kept =
+            value.userType() == QMetaType::QString ? QtVersion::storable(value.toString()) : value;
+        if (kept.userType() != value.userType()) {
+            store.setValue(key, kept);
+        }
+    }
+    store.setFallbacksEnabled(fallbacks);
 }
 
 QByteArray contentOf(const QString& fileName)
@@ -56,7 +75,7 @@ bool isWhole(QSettings& store, const QByteArray& content)
 {
     const bool fallbacks = store.fallbacksEnabled();
     store.setFallbacksEnabled(false);
-    const int keys = store.allKeys().size();
+    const auto keys = store.allKeys().size();
     store.setFallbacksEnabled(fallbacks);
     const QByteArrayList lines = content.split('\n');
     const auto isKey = [](const QByteArray& line) { return !line.isEmpty() && !line.startsWith('['); };
@@ -89,6 +108,7 @@ std::unique_ptr<QSettings> openSettingsStore()
     // Sections are parsed when they are first asked for, and only then does the store know its state.
     (void)store->allKeys();
     if (store->status() != QSettings::FormatError) {
+        keepTextsWhole(*store);
         return store;
     }
     copyAside(store->fileName());

@@ -1,5 +1,7 @@
 #include "mainwindow/UserSettings.h"
 
+#include "compat/QtVersion.h"
+
 #include <QSettings>
 
 #include <algorithm>
@@ -40,7 +42,7 @@ UserSettings readUserSettings(const QSettings& store)
         settings.channels.at(static_cast<std::size_t>(index)) = readChannelSettings(store, {}, index);
     }
     OperatingChoices& choices = settings.choices;
-    settings.comPort = store.value(QLatin1String(comPortKey), QStringLiteral("COM4")).toString();
+    settings.comPort = QtVersion::storedText(store.value(QLatin1String(comPortKey), QStringLiteral("COM4")));
     choices.sleepTimerEnabled =
         StoredValue::toBool(store, QLatin1String(sleepEnabledKey), choices.sleepTimerEnabled);
     choices.sleepMinutes = readSleepMinutes(store, choices.sleepMinutes);
@@ -66,7 +68,7 @@ void writeUserSettings(QSettings& store, const UserSettings& settings)
         writeChannelSettings(store, {}, index, settings.channels.at(static_cast<std::size_t>(index)));
     }
     const OperatingChoices& choices = settings.choices;
-    store.setValue(QLatin1String(comPortKey), settings.comPort);
+    store.setValue(QLatin1String(comPortKey), QtVersion::storable(settings.comPort));
     store.setValue(QLatin1String(sleepMinutesKey), choices.sleepMinutes);
     store.setValue(QLatin1String(sleepEnabledKey), choices.sleepTimerEnabled);
     store.setValue(QLatin1String(shutterControlKey), static_cast<uint>(choices.shutterControl));

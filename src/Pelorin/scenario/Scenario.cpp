@@ -1,5 +1,6 @@
 #include "scenario/Scenario.h"
 
+#include "compat/QtVersion.h"
 #include "mainwindow/SettingsStore.h"
 #include "mainwindow/channel.h"
 
@@ -94,12 +95,9 @@ QStringList Scenario::names() const
         return list;
     }
     for (const int number : elementNumbers(*m_store)) {
-        list.append(m_store
-                        ->value(QStringLiteral("%1/%2/%3")
-                                    .arg(QLatin1String(arrayName))
-                                    .arg(number)
-                                    .arg(QLatin1String(nameKey)))
-                        .toString());
+        const QString key =
+            QStringLiteral("%1/%2/%3").arg(QLatin1String(arrayName)).arg(number).arg(QLatin1String(nameKey));
+        list.append(QtVersion::storedText(m_store->value(key)));
     }
     return list;
 }
@@ -113,7 +111,7 @@ void Scenario::addName(const QString& name)
     const std::vector<int> numbers = elementNumbers(*m_store);
     m_store->beginWriteArray(QLatin1String(arrayName));
     m_store->setArrayIndex(numbers.empty() ? 0 : numbers.back());
-    m_store->setValue(QLatin1String(nameKey), name);
+    m_store->setValue(QLatin1String(nameKey), QtVersion::storable(name));
     m_store->endArray();
 }
 

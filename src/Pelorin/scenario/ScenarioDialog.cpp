@@ -178,6 +178,7 @@ bool ScenarioDialog::isOverwritingConfirmed()
                                                     tr("Scenario exists. Overwrite?"),
                                                     QMessageBox::Yes | QMessageBox::No, this));
     box->setTextFormat(Qt::PlainText);
+    nameForScreenReader(*box);
     // A desktop's own words for the two may differ.
     box->button(QMessageBox::Yes)->setText(tr("&Yes"));
     box->button(QMessageBox::No)->setText(tr("&No"));

@@ -2,6 +2,7 @@
 
 #include "settings/FormWidgets.h"
 #include "settings/SettingsDialog.h"
+#include "settings/SpokenCell.h"
 #include "settings/WheelGuard.h"
 
 #include <QCheckBox>
@@ -161,6 +162,7 @@ void ChannelConfigTable::place(QWidget* cell, int row, int column, const char* o
     auto* const layout = new QHBoxLayout(frame);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(cell, 0, Qt::AlignCenter);
+    m_table->setItem(row, column, new SpokenCell(*cell));
     m_table->setCellWidget(row, column, frame);
 }
 

@@ -9,6 +9,7 @@ class QComboBox;
 class QLineEdit;
 class QObject;
 class QTableWidget;
+class QWidget;
 class SettingsDialog;
 class WheelGuard;
 

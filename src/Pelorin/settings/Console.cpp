@@ -1,5 +1,7 @@
 #include "settings/Console.h"
 
+#include "compat/QtVersion.h"
+
 #include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -8,7 +10,6 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <QTextCodec>
 
 #include <chrono>
 
@@ -38,7 +39,7 @@ void unifyLineEnds(QString& text)
 /// makes all blocks first and drops the excess afterwards, which takes seconds for a million of them.
 QString newestLines(const QString& text)
 {
-    int begin = text.size();
+    auto begin = text.size();
     for (int line = 0; line < maximumLines; ++line) {
         begin = begin == 0 ? -1 : text.lastIndexOf(QLatin1Char('\n'), begin - 1);
         if (begin < 0) {
@@ -84,7 +85,7 @@ bool leavesTextAlone(const QKeyEvent* event)
 } // namespace
 
 Console::Console(QWidget* parent)
-    : QPlainTextEdit(parent), m_decoder(QTextCodec::codecForLocale()->makeDecoder(QTextCodec::IgnoreHeader))
+    : QPlainTextEdit(parent), m_decoder(std::make_unique<QtVersion::LocalDecoder>())
 {
     document()->setMaximumBlockCount(maximumLines); // which also keeps no history for undoing
     setTabChangesFocus(true);
@@ -102,9 +103,9 @@ Console::~Console() = default;
 
 void Console::putData(const QByteArray& bytes)
 {
-    const int zero = bytes.indexOf('\0');
+    const auto zero = bytes.indexOf('\0');
     // The zero itself tells the decoder that an unfinished character before it stays unfinished.
-    QString text = m_decoder->toUnicode(zero < 0 ? bytes : bytes.left(zero + 1));
+    QString text = m_decoder->decode(zero < 0 ? bytes : bytes.left(zero + 1));
     if (zero >= 0) {
         text.chop(1);
     }

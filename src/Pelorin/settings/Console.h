@@ -6,7 +6,9 @@
 
 #include <memory>
 
-class QTextDecoder;
+namespace QtVersion {
+class LocalDecoder;
+} // namespace QtVersion
 
 /// A raw terminal onto the device's line: it shows every chunk of bytes it is given and announces every key
 /// typed into it. It keeps the newest 100 lines, and of a long line the newest 4096 characters.
@@ -59,7 +61,7 @@ private:
     void holdPainting();
     void paintNow();
 
-    std::unique_ptr<QTextDecoder> m_decoder;
+    std::unique_ptr<QtVersion::LocalDecoder> m_decoder;
     QTimer m_paintingHeld;
     bool m_localEchoEnabled = true;
     bool m_handlesKey = false;

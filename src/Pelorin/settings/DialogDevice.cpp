@@ -60,6 +60,10 @@ void SettingsDialog::catchUpWithUpdate(bool touched)
 
 void SettingsDialog::onDeviceDisconnected(const QString& portName)
 {
+    // A device that comes back at once has its own times; what was begun for the last one must not fall into
+    // them.
+    m_systemReader->stop();
+    m_identityReader->stop();
     m_ports->showDisconnected(portName);
     listPorts();
     m_service->showRunning();

@@ -22,7 +22,8 @@ bool parseRow(int row, const QString& text, NovalumValues& values)
         bool parses = false;
         // The carriage return of a foreign line end goes with the blanks.
         values[static_cast<std::size_t>(index)] = fields.at(index).trimmed().toInt(&parses);
-        allParse = allParse && parses;
+        // Some of Qt's releases read a number up to a zero character.
+        allParse = allParse && parses && !fields.at(index).contains(QChar(QChar::Null));
     }
     return allParse;
 }

@@ -1,12 +1,15 @@
 #include "settings/SettingsDialog.h"
 
 #include "boxes/TellUser.h"
+#include "compat/QtVersion.h"
 #include "device/Device.h"
 #include "help/Help.h"
 #include "mainwindow/channel.h"
 #include "settings/ChannelConfigTable.h"
 #include "settings/Console.h"
 #include "settings/ControlModePage.h"
+#include "settings/DiagnosticsSaver.h"
+#include "settings/FocusInView.h"
 #include "settings/OperatingChoices.h"
 #include "settings/OperatingInfoPage.h"
 #include "settings/PortChooser.h"
@@ -67,9 +70,11 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     m_ttl = std::make_unique<TtlPage>(*this);
 
     m_systemInfo->showApplicationSoftware(versionString.trimmed());
+    new DiagnosticsSaver(*this, *m_systemInfo, device, update, store, versionString.trimmed());
     auto* wheelGuard = new WheelGuard(this);
     m_ui->comboBoxComPort->installEventFilter(wheelGuard);
     m_ui->spinBoxSleepTimer->installEventFilter(wheelGuard);
+    new FocusInView(*this);
     connect(new QShortcut(QKeySequence::Paste, this), &QShortcut::activated, this,
             &SettingsDialog::pasteData);
     // The keyboard changes tabs without clicking on one.
@@ -156,7 +161,8 @@ void SettingsDialog::showEvent(QShowEvent* event)
 void SettingsDialog::listPorts()
 {
     const bool isOpen = m_device && m_device->isOpen();
-    m_ports->listPorts(isOpen ? m_device->portName() : m_store->value(QLatin1String(comPortKey)).toString());
+    const QString lastPort = QtVersion::storedText(m_store->value(QLatin1String(comPortKey)));
+    m_ports->listPorts(isOpen ? m_device->portName() : lastPort);
 }
 
 void SettingsDialog::on_comboBoxComPort_activated(int arg1)
@@ -169,7 +175,7 @@ void SettingsDialog::on_comboBoxComPort_activated(int arg1)
         listPorts();
         return;
     }
-    m_store->setValue(QLatin1String(comPortKey), portName);
+    m_store->setValue(QLatin1String(comPortKey), QtVersion::storable(portName));
     emit comPortChanged(portName);
 }
 

@@ -24,7 +24,7 @@ public:
         while (text.endsWith(QLatin1Char('\n')) || text.endsWith(QLatin1Char('\r'))) {
             text.chop(1);
         }
-        position = std::min(position, text.size());
+        position = static_cast<int>(std::min<QString::size_type>(position, text.size()));
         const auto isAllowed = [this](QChar character) {
             const bool isSeparator = character == QLatin1Char(',') || character == QLatin1Char('=');
             const bool isPrinted = character >= QLatin1Char(' ') && character <= QLatin1Char('~');

@@ -38,6 +38,9 @@ public:
     /// The identity as the fields say it, with the hardware version as the device keeps it; none before
     /// showProduct() for this device.
     std::optional<ProductConfig> product() const;
+    /// What the device told last, whatever was typed since.
+    const std::optional<ProductConfig>& knownProduct() const { return m_product; }
+    const NecselControllerInfo& knownController() const { return m_controller; }
     /// The device keeps @p product now. The controller's number is its own and comes back.
     void setWritten(const ProductConfig& product);
     /// Another one after each setWritten(): what was read before is no longer true.

@@ -29,6 +29,12 @@ void ThreeTries::startLater()
     startAfter(interval);
 }
 
+void ThreeTries::stop()
+{
+    ++m_run;
+    m_timer.stop();
+}
+
 void ThreeTries::startAfter(std::chrono::milliseconds time)
 {
     ++m_run;

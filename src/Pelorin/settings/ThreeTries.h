@@ -19,6 +19,7 @@ public:
 
     void start();      ///< over again, with the first try in the next turn of the event loop
     void startLater(); ///< over again, with the first try in a second
+    void stop();       ///< no further try until the next start
     /// Has @p next, which must not go before this, start after each try, whatever became of it.
     void setFollower(ThreeTries* next) { m_follower = next; }
 

@@ -145,9 +145,9 @@ bool ArchiveUnpacking::arePlacesFree()
 /// A folder on the way that is a link would lead somewhere else.
 bool ArchiveUnpacking::isWayFree(const Staged& member)
 {
-    const int end =
+    const auto end =
         member.stagedPath.isEmpty() ? member.place.size() : member.place.lastIndexOf(QLatin1Char('/'));
-    for (int slash = 0; slash >= 0 && slash < end;) {
+    for (QString::size_type slash = 0; slash >= 0 && slash < end;) {
         slash = member.place.indexOf(QLatin1Char('/'), slash + 1);
         const QString way = member.place.left(slash);
         const QFileInfo there(m_folder.filePath(way));

@@ -1,5 +1,6 @@
 #include "update/SRecord.h"
 
+#include <QString>
 #include <QTextStream>
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace {
 
-constexpr int maximumLineLength = 200;
+constexpr QByteArray::size_type maximumLineLength = 200;
 constexpr int pairsStart = 4; // behind "S", the type and the count
 constexpr char endOfFile = 0x1a;
 constexpr int noAddressWidth = -1; // for types that are no record
@@ -72,7 +73,7 @@ int fillRecord(quint8 type, int count, const RecordBytes& bytes, SRecord& record
 }
 
 /// Parses a line whose line feed was taken off already.
-int parseLine(const char* line, int length, SRecord& record)
+int parseLine(const char* line, QByteArray::size_type length, SRecord& record)
 {
     // The stream leaves a carriage return here and there, depending on how much of the text it holds.
     while (length > 0 && line[length - 1] == '\r') {
@@ -128,15 +129,16 @@ SRecordText::SRecordText(QByteArray text) : m_text(std::move(text)) {}
 
 int SRecordText::next(SRecord& record)
 {
-    const int left = m_text.size() - m_position;
+    const auto left = m_text.size() - m_position;
     if (left == 0) {
         return SRecordStatus::EndOfText;
     }
     const char* start = m_text.constData() + m_position;
-    const int room = std::min(left, maximumLineLength);
+    const auto room = std::min(left, maximumLineLength);
     const void* lineFeed = std::memchr(start, '\n', static_cast<std::size_t>(room));
-    const int length =
-        lineFeed == nullptr ? room : static_cast<int>(static_cast<const char*>(lineFeed) - start);
+    const auto length = lineFeed == nullptr
+                            ? room
+                            : static_cast<QByteArray::size_type>(static_cast<const char*>(lineFeed) - start);
     m_position += lineFeed == nullptr ? length : length + 1;
     return parseLine(start, length, record);
 }

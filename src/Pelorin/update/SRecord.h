@@ -49,5 +49,5 @@ public:
 
 private:
     QByteArray m_text;
-    int m_position = 0; ///< first character that was not read yet
+    QByteArray::size_type m_position = 0; ///< first character that was not read yet
 };

@@ -9,13 +9,25 @@
 #include "update/UpdateResult.h"
 #include "update/UpdateRun.h"
 
+#include <QApplication>
 #include <QDateTime>
+#include <QPointer>
 #include <QWidget>
 
 namespace {
 QString twoDigits(int number)
 {
     return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+}
+
+/// The boxes of a run belong to the main window, which the last of them leaves active. Whoever began the run
+/// in another window goes on there.
+void returnTo(QWidget* starter, const QWidget* mainWindow)
+{
+    const QWidget* const active = QApplication::activeWindow();
+    if (starter != nullptr && starter->isVisible() && (active == nullptr || active == mainWindow)) {
+        starter->activateWindow();
+    }
 }
 } // namespace
 
@@ -56,6 +68,8 @@ void Update::firmwareUpdate(Device* device)
         return;
     }
     const Run run(*this);
+    const QPointer<QWidget> starter(QApplication::activeWindow());
+    const QPointer<QWidget> mainWindow(window());
     m_device = device;
     QMetaObject::Connection watch;
     if (device != nullptr) {
@@ -63,6 +77,7 @@ void Update::firmwareUpdate(Device* device)
     }
     UpdateRun(*this).run();
     disconnect(watch);
+    returnTo(starter, mainWindow);
 }
 
 bool Update::extractArchive(const QString& archivePath)

@@ -3,6 +3,7 @@
 #include "QsLog2_1_0/QsLog.h"
 #include "boxes/ChooseFile.h"
 #include "boxes/TellUser.h"
+#include "compat/QtVersion.h"
 #include "device/Device.h"
 #include "update/FirmwareImage.h"
 #include "update/Update.h"
@@ -60,7 +61,7 @@ bool UpdateRun::isConnected()
 bool UpdateRun::unpackRelease()
 {
     const QString lastPath =
-        m_update->m_store->value(QLatin1String(browsePathKey), QDir::homePath()).toString();
+        QtVersion::storedText(m_update->m_store->value(QLatin1String(browsePathKey), QDir::homePath()));
     m_archivePath = chooseFile(m_window, QFileDialog::AcceptOpen,
                                QStringLiteral("Please select a firmware file archive."), lastPath,
                                QStringLiteral("7zip files (*.7z)"));
@@ -103,7 +104,7 @@ bool UpdateRun::checkLoader()
     if (!checkImage(m_loader, "Unable to open the loader firmware file.", "Invalid loader firmware file.")) {
         return false;
     }
-    m_update->m_store->setValue(QLatin1String(browsePathKey), m_archivePath);
+    m_update->m_store->setValue(QLatin1String(browsePathKey), QtVersion::storable(m_archivePath));
     return true;
 }
 

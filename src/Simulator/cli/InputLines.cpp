@@ -25,7 +25,7 @@ void InputLines::read()
     if (atEnd && !m_rest.isEmpty()) {
         m_rest.append('\n');
     }
-    for (int end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n')) {
+    for (auto end = m_rest.indexOf('\n'); end >= 0; end = m_rest.indexOf('\n')) {
         const QString line = QString::fromUtf8(m_rest.left(end));
         m_rest.remove(0, end + 1);
         emit lineRead(line);
