@@ -1,6 +1,7 @@
 // What a log statement costs: one that is filtered, against a loop that does nothing, and one that is
 // written, against a widely used logging library doing the same work. Prints figures, judges nothing.
 
+#include "BenchTools.h"
 #include "QsLog2_1_0/QsLog.h"
 
 #include <QDir>
@@ -8,8 +9,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <spdlog/sinks/rotating_file_sink.h>
@@ -39,12 +38,6 @@ double nanosecondsPerTurn(int turns, const std::function<void()>& work)
     return static_cast<double>(timer.nsecsElapsed()) / turns;
 }
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 /// Measures two pieces of work in turn, so that whatever else the machine does befalls both.
 struct Comparison
 {
@@ -67,7 +60,7 @@ struct Comparison
         for (std::size_t i = 0; i < ours.size(); ++i) {
             ratios.push_back(ours[i] / baseline[i]);
         }
-        return median(ratios);
+        return Bench::median(ratios);
     }
 };
 
@@ -88,10 +81,12 @@ void compareFiltered()
                 QS_TRACE() << "To device ->" << i;
             }
         });
-    const double empty = median(comparison.baseline);
-    const double filtered = median(comparison.ours);
-    std::printf("filtered statement: %.3f ns, empty loop: %.3f ns, more per statement: %.3f ns\n", filtered,
-                empty, filtered - empty);
+    const double empty = Bench::median(comparison.baseline);
+    const double filtered = Bench::median(comparison.ours);
+    Bench::Table::printRow(QStringLiteral("filtered log statement, turn of an empty loop"), filtered, empty,
+                           "ns", "at most 2 ns more");
+    Bench::Table::printNote(
+        QStringLiteral("more per filtered statement: %1 ns").arg(filtered - empty, 0, 'f', 3));
 }
 
 /// A file of its own without rotation would be the easier case; both rotate here.
@@ -140,17 +135,23 @@ void compareWritten()
             }
         });
     QsLogging::Logger::instance().removeDestination(destination);
-    std::printf("written line: %.0f ns, baseline: %.0f ns, ratio: %.3f (median of %d rounds of %d lines; "
-                "%lld and %lld bytes on disk)\n",
-                median(comparison.ours), median(comparison.baseline), comparison.medianOfRatios(), rounds,
-                linesPerRound, static_cast<long long>(bytesIn(ourFolder)),
-                static_cast<long long>(bytesIn(baselineFolder)));
+    Bench::Table::printRow(QStringLiteral("written log line, the same line by spdlog"),
+                           Bench::median(comparison.ours), Bench::median(comparison.baseline), "ns",
+                           "<= 1 (ratio)");
+    Bench::Table::printNote(
+        QStringLiteral("median of the ratios of %1 rounds of %2 lines: %3; %4 and %5 bytes on disk")
+            .arg(rounds)
+            .arg(linesPerRound)
+            .arg(comparison.medianOfRatios(), 0, 'f', 3)
+            .arg(bytesIn(ourFolder))
+            .arg(bytesIn(baselineFolder)));
 }
 
 } // namespace
 
 int main()
 {
+    Bench::Table::printHead();
     compareFiltered();
     compareWritten();
     return 0;
