@@ -31,7 +31,12 @@ std::atomic<bool> running{false};
 pthread_t mainThread;
 ReadClock systemClock = nullptr;
 Poll systemPoll = nullptr;
-std::function<bool()> answerExpected;
+
+std::function<bool()>& answerExpected()
+{
+    static std::function<bool()> expected;
+    return expected;
+}
 
 int readSystemClock(clockid_t clock, timespec* time)
 {
@@ -84,7 +89,7 @@ void Soak::FastClock::start()
 
 void Soak::FastClock::setAnswerExpected(std::function<bool()> expected)
 {
-    answerExpected = std::move(expected);
+    answerExpected() = std::move(expected);
 }
 
 nanoseconds Soak::FastClock::skipped()
@@ -138,7 +143,7 @@ int ppoll(pollfd* files, nfds_t count, const timespec* timeout, const sigset_t* 
     }
     const nanoseconds asked = fromTimespec(*timeout);
     const nanoseconds before = Soak::FastClock::realTime();
-    const nanoseconds grace = answerExpected && answerExpected() ? graceForAnAnswer : graceForAnyBytes;
+    const nanoseconds grace = answerExpected() && answerExpected()() ? graceForAnAnswer : graceForAnyBytes;
     const int ready = pollFor(files, count, std::min(asked, grace), signalMask);
     if (ready == 0) {
         const nanoseconds left = asked - (Soak::FastClock::realTime() - before);

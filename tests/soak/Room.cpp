@@ -7,7 +7,7 @@
 
 namespace Soak {
 
-Device& Room::device()
+Device& Room::device() const
 {
     return *window.device();
 }

@@ -25,7 +25,7 @@ struct Room
     QString calibration;  ///< a file to write to and to read from
     QString failure;      ///< what went wrong first; the day ends with it
 
-    Device& device();
+    Device& device() const;
     int randomChannel() { return chance.between(1, Simulator::kChannelCount); }
     void fail(const QString& text);
     /// Runs the event loop until it holds; false, which is also a failure of this name, after `seconds`.

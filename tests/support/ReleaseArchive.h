@@ -17,7 +17,7 @@ struct Member
 /// One way of packing, as switches of the packer.
 struct Packing
 {
-    const char* name;
+    const char* name = nullptr;
     QStringList switches;
 };
 

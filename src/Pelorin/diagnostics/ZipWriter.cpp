@@ -16,9 +16,7 @@ ZipWriter::ZipWriter(const QString& path) : m_file(path), m_handle(archive_write
 
 ZipWriter::~ZipWriter()
 {
-    if (m_handle) {
-        archive_write_fail(m_handle.get()); // else it would write the archive's end on its way out
-    }
+    m_isLost = true; // the library writes the archive's end on its way out
 }
 
 void ZipWriter::Close::operator()(archive* handle) const
@@ -33,16 +31,17 @@ bool ZipWriter::open()
     if (handle == nullptr || !m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         return false;
     }
-    // What did not fit is offered once more, and only then does the system tell why.
-    const auto write = [](archive*, void* file, const void* bytes, std::size_t size) -> la_ssize_t {
-        return static_cast<QSaveFile*>(file)->write(static_cast<const char*>(bytes),
-                                                    static_cast<qint64>(size));
+    // The library does not clean up after an archive that it could not write, and so is never told of one.
+    const auto write = [](archive*, void* writer, const void* bytes, std::size_t size) -> la_ssize_t {
+        auto* const self = static_cast<ZipWriter*>(writer);
+        self->m_isLost = !self->write(static_cast<const char*>(bytes), static_cast<qint64>(size));
+        return static_cast<la_ssize_t>(size);
     };
     // The quick levels take a third of the time that the best one takes, for a quarter more bytes.
     return archive_write_set_format_zip(handle) == ARCHIVE_OK &&
            archive_write_set_format_option(handle, "zip", "compression-level", "3") == ARCHIVE_OK &&
            archive_write_set_bytes_in_last_block(handle, 1) == ARCHIVE_OK &&
-           archive_write_open(handle, &m_file, nullptr, write, nullptr) == ARCHIVE_OK;
+           archive_write_open(handle, this, nullptr, write, nullptr) == ARCHIVE_OK;
 }
 
 bool ZipWriter::add(const char* name, const QByteArray& content, const QDateTime& modified)
@@ -61,12 +60,26 @@ bool ZipWriter::add(const char* name, const QByteArray& content, const QDateTime
     return archive_write_header(m_handle.get(), entry.get()) == ARCHIVE_OK &&
            archive_write_data(m_handle.get(), content.constData(),
                               static_cast<std::size_t>(content.size())) == content.size() &&
-           archive_write_finish_entry(m_handle.get()) == ARCHIVE_OK;
+           archive_write_finish_entry(m_handle.get()) == ARCHIVE_OK && !m_isLost;
+}
+
+bool ZipWriter::write(const char* bytes, qint64 size)
+{
+    // What did not fit is offered once more, and only then does the system tell why.
+    while (!m_isLost && size > 0) {
+        const qint64 written = m_file.write(bytes, size);
+        if (written <= 0) {
+            return false;
+        }
+        bytes += written;
+        size -= written;
+    }
+    return !m_isLost;
 }
 
 bool ZipWriter::finish()
 {
-    return archive_write_close(m_handle.get()) == ARCHIVE_OK && m_file.commit();
+    return archive_write_close(m_handle.get()) == ARCHIVE_OK && !m_isLost && m_file.commit();
 }
 
 QString ZipWriter::errorText() const

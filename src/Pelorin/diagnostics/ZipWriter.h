@@ -33,6 +33,9 @@ private:
         void operator()(archive* handle) const;
     };
 
+    bool write(const char* bytes, qint64 size);
+
     QSaveFile m_file;
+    bool m_isLost = false;                    ///< nothing more is written
     std::unique_ptr<archive, Close> m_handle; // declared after the file, which it may write to at its end
 };
