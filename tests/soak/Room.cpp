@@ -41,7 +41,7 @@ void Room::compare()
     }
 }
 
-bool Room::isAtWork()
+bool Room::isAtWork() const
 {
     return device().isApplicationConnected();
 }

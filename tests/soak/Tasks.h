@@ -33,7 +33,7 @@ struct Room
     /// The window shows what the device is in, within the time that a few polls and commands take.
     void compare();
     /// The application runs and is connected.
-    bool isAtWork();
+    bool isAtWork() const;
 };
 
 /// Something that a person, or the world, does; it comes to its end before the next one begins.
