@@ -25,9 +25,11 @@ if(VYR_FUZZ)
   target_compile_options(vyr_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# vyr_add_library(NAME SOURCES... ): one static library of src/, reached as "folder/Header.h".
+# vyr_add_library(NAME SOURCES... ): one static library of a folder, whose headers are reached as "folder/Header.h".
 function(vyr_add_library name)
   add_library(${name} STATIC ${ARGN})
+  get_filename_component(above "${CMAKE_CURRENT_SOURCE_DIR}" DIRECTORY)
+  target_include_directories(${name} PUBLIC "${above}")
   target_link_libraries(${name} PRIVATE vyr_options)
 endfunction()
 

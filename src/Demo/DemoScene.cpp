@@ -4,7 +4,7 @@
 #include "Simulator/SimulatedIlluminator.h"
 
 #include <QCoreApplication>
-#include <QLabel>
+#include <QWidget>
 
 namespace {
 using Stations = std::vector<DemoStation>;

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -20,11 +21,11 @@
 #include <vector>
 
 namespace {
-constexpr quint16 kVendorId = 0x2F26;
-constexpr quint16 kProductId = 0x3A98;
+constexpr UsbIdentifiers kUsbIdentifiers = SerialPorts::illuminators.front();
 constexpr std::chrono::seconds kWarmup{8};
 /// Still there when a busy machine has connected, and for the time in which its picture is taken.
 constexpr std::chrono::seconds kTourWarmup{6};
+constexpr std::chrono::minutes kLongestTour{3};
 /// Of a unit that a lab has used for a while.
 constexpr std::array<double, Simulator::kChannelCount> kHoursInUse{812.4, 95.0,  1203.7, 340.2,
                                                                    77.9,  655.5, 1480.1, 12.6};
@@ -37,13 +38,18 @@ struct Tour
     bool isAtServiceLevel;
 };
 
+SerialPortEntry listed(const QString& portName)
+{
+    return {portName, kUsbIdentifiers.vendorId, kUsbIdentifiers.productId};
+}
+
 void listAsOnlyPort(Simulator::SimulatedIlluminator& illuminator)
 {
     SerialPorts::setLister([&illuminator]() -> QList<SerialPortEntry> {
         if (!illuminator.isPlugged()) {
             return {};
         }
-        return {{illuminator.portName(), kVendorId, kProductId}};
+        return {listed(illuminator.portName())};
     });
 }
 
@@ -53,8 +59,7 @@ void listWithoutFolder(Simulator::SimulatedIlluminator& illuminator)
     const QFileInfo port(illuminator.portName());
     if (QDir::setCurrent(port.path())) {
         SerialPorts::setLister([&illuminator, name = QString(QStringLiteral("./") + port.fileName())] {
-            return illuminator.isPlugged() ? QList<SerialPortEntry>{{name, kVendorId, kProductId}}
-                                           : QList<SerialPortEntry>();
+            return illuminator.isPlugged() ? QList<SerialPortEntry>{listed(name)} : QList<SerialPortEntry>();
         });
     }
 }
@@ -86,6 +91,21 @@ void play(PelorinMainWindow& window, Simulator::SimulatedIlluminator& illuminato
         QApplication::exit(complete ? 0 : 1);
     });
     player->start();
+}
+
+/// The ports of all tours have one name, by which the system locks them, so one is played after the other.
+bool awaitTurn(QLockFile& turn, const QString& fileName)
+{
+    turn.setStaleLockTime(0); // however long it plays
+    if (turn.tryLock()) {
+        return true;
+    }
+    QTextStream(stderr) << "Waiting for the end of another scene." << Qt::endl;
+    if (turn.tryLock(std::chrono::milliseconds(kLongestTour).count())) {
+        return true;
+    }
+    QTextStream(stderr) << "It does not end, or has left this file behind: " << fileName << '\n';
+    return false;
 }
 
 /// Takes @p name and the folder behind it out of the arguments; the rest is the program's.
@@ -131,6 +151,11 @@ int main(int argc, char** argv)
     char serviceLevel[] = "-diag";
     if (tour && tour->isAtServiceLevel) {
         arguments.push_back(serviceLevel);
+    }
+    const QString turnFile = QDir::temp().filePath(QStringLiteral("vyr-demo-tour.lock"));
+    QLockFile turn(turnFile);
+    if (tour && !awaitTurn(turn, turnFile)) {
+        return 1;
     }
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);

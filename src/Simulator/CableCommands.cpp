@@ -1,4 +1,5 @@
 #include "Simulator/CommandArguments.h"
+#include "Simulator/CommandBodies.h"
 #include "Simulator/CommandInterpreter.h"
 #include "Simulator/SimulatedIlluminator.h"
 
@@ -144,22 +145,12 @@ Outcome good(CommandInterpreter& interpreter, const QStringList&)
 
 Outcome stall(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto stalled = Arguments::choice(words.first(), "on", "off");
-    if (!stalled) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().wire().setStalled(*stalled);
-    return {};
+    return withSwitch(words, [&interpreter](bool on) { interpreter.illuminator().wire().setStalled(on); });
 }
 
 Outcome paced(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto paced = Arguments::choice(words.first(), "on", "off");
-    if (!paced) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().wire().setPaced(*paced);
-    return {};
+    return withSwitch(words, [&interpreter](bool on) { interpreter.illuminator().wire().setPaced(on); });
 }
 
 Outcome say(CommandInterpreter& interpreter, const QStringList& words)
@@ -199,12 +190,9 @@ Outcome reenumerate(CommandInterpreter& interpreter, const QStringList& words)
 
 Outcome restartTime(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto time = Arguments::time(words.first());
-    if (!time) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().setRestartTime(*time);
-    return {};
+    return withTime(words, [&interpreter](std::chrono::milliseconds time) {
+        interpreter.illuminator().setRestartTime(time);
+    });
 }
 } // namespace
 

@@ -1,11 +1,10 @@
 #include "Simulator/CommandArguments.h"
 
-#include <cmath>
+#include "Simulator/Wire.h"
 
 namespace Simulator::Arguments {
 namespace {
 constexpr int kMaxTimeMs = 24 * 60 * 60 * 1000;
-constexpr int kForever = -1;
 } // namespace
 
 std::optional<int> channel(const QString& word)
@@ -47,7 +46,7 @@ std::optional<std::chrono::milliseconds> time(const QString& word)
 std::optional<int> count(const QString& word)
 {
     if (word == QLatin1String("forever")) {
-        return kForever;
+        return WireFault::kForever;
     }
     const auto value = wholeNumber(word);
     return value && *value > 0 ? value : std::nullopt;

@@ -18,9 +18,9 @@ std::optional<bool> choice(const QString& word, const char* yes, const char* no)
 std::optional<double> number(const QString& word);                  ///< with a decimal point; "nan" too
 std::optional<int> wholeNumber(const QString& word);                ///< 0 or more
 std::optional<std::chrono::milliseconds> time(const QString& word); ///< 0 ms to 24 h
-std::optional<int> count(const QString& word);                      ///< 1 or more; -1 for "forever"
-std::optional<QByteArray> hexBytes(const QString& word);            ///< pairs of hex digits
-std::optional<Image> image(const QString& word);                    ///< "loader", "updater" or "application"
+std::optional<int> count(const QString& word);           ///< 1 or more; WireFault::kForever for "forever"
+std::optional<QByteArray> hexBytes(const QString& word); ///< pairs of hex digits
+std::optional<Image> image(const QString& word);         ///< "loader", "updater" or "application"
 QByteArray match(const QString& word); ///< "*" is the empty beginning, which fits every line
 QString freeText(const QStringList& words);
 

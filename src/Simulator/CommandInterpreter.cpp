@@ -4,7 +4,6 @@
 
 #include <QTime>
 
-#include <algorithm>
 #include <array>
 
 namespace Simulator {

@@ -1,4 +1,5 @@
 #include "Simulator/CommandArguments.h"
+#include "Simulator/CommandBodies.h"
 #include "Simulator/CommandInterpreter.h"
 #include "Simulator/RecordContents.h"
 #include "Simulator/SimulatedIlluminator.h"
@@ -79,12 +80,9 @@ Outcome hours(CommandInterpreter& interpreter, const QStringList& words)
 
 Outcome warmup(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto time = Arguments::time(words.first());
-    if (!time) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().model().lasers().setWarmupDuration(*time);
-    return {};
+    return withTime(words, [&interpreter](std::chrono::milliseconds time) {
+        interpreter.illuminator().model().lasers().setWarmupDuration(time);
+    });
 }
 
 Outcome image(CommandInterpreter& interpreter, const QStringList& words)
@@ -188,26 +186,20 @@ Outcome powerCycle(CommandInterpreter& interpreter, const QStringList&)
 
 Outcome power(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto on = Arguments::choice(words.first(), "on", "off");
-    if (!on) {
-        return Outcome::badArgument(words.first());
-    }
-    if (*on) {
-        interpreter.illuminator().restorePower();
-    } else {
-        interpreter.illuminator().cutPower();
-    }
-    return {};
+    return withSwitch(words, [&interpreter](bool on) {
+        if (on) {
+            interpreter.illuminator().restorePower();
+        } else {
+            interpreter.illuminator().cutPower();
+        }
+    });
 }
 
 Outcome flashTime(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto time = Arguments::time(words.first());
-    if (!time) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().model().setFlashWriteTime(*time);
-    return {};
+    return withTime(words, [&interpreter](std::chrono::milliseconds time) {
+        interpreter.illuminator().model().setFlashWriteTime(time);
+    });
 }
 
 Outcome speed(CommandInterpreter& interpreter, const QStringList& words)
@@ -223,12 +215,8 @@ Outcome speed(CommandInterpreter& interpreter, const QStringList& words)
 
 Outcome pass(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto time = Arguments::time(words.first());
-    if (!time) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.illuminator().passTime(*time);
-    return {};
+    return withTime(
+        words, [&interpreter](std::chrono::milliseconds time) { interpreter.illuminator().passTime(time); });
 }
 } // namespace
 

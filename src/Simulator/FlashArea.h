@@ -31,7 +31,7 @@ public:
     /// What lies in the area.
     struct Found
     {
-        Image image;
+        Image image = Image::Application;
         Version version;
     };
 

@@ -7,11 +7,6 @@
 
 namespace Simulator {
 namespace {
-QByteArray yesNo(bool yes)
-{
-    return yes ? "Yes\n" : "No\n";
-}
-
 Reply runningVersion(IlluminatorModel& model, const QByteArray&)
 {
     // What runs was started from its place, but need not lie there unharmed any more.
@@ -31,12 +26,12 @@ Reply loaderVersion(IlluminatorModel& model, const QByteArray&)
 
 Reply isApplicationValid(IlluminatorModel& model, const QByteArray&)
 {
-    return yesNo(model.firmware().applicationPlace().crcValid);
+    return Answers::yesNo(model.firmware().applicationPlace().crcValid);
 }
 
 Reply isLoaderValid(IlluminatorModel& model, const QByteArray&)
 {
-    return yesNo(model.firmware().loaderPlace().crcValid);
+    return Answers::yesNo(model.firmware().loaderPlace().crcValid);
 }
 
 Reply resetCause(IlluminatorModel& model, const QByteArray&)

@@ -1,7 +1,6 @@
 #include "Simulator/LaserHead.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Simulator {
 namespace {

@@ -60,8 +60,14 @@ struct Reply
 /// The text with its line feed.
 QByteArray asLine(const QByteArray& text);
 
-/// Answers to lines that ask for nothing. None of them can pass for the answer to a query that comes later.
 namespace Answers {
+/// To lines that ask whether something is so.
+constexpr const char* yesNo(bool yes)
+{
+    return yes ? "Yes\n" : "No\n";
+}
+
+// To lines that ask for nothing. None of them can pass for the answer to a query that comes later.
 constexpr const char* kDone = "done\n";
 constexpr const char* kRefused = "refused\n"; ///< understood, but not now or not with this value
 constexpr const char* kUnknown = "?\n";

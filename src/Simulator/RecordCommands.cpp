@@ -10,14 +10,9 @@ namespace {
 using Record = RecordMemory::Record;
 using Layout = RecordMemory::Layout;
 
-QByteArray yesNo(bool yes)
-{
-    return yes ? "Yes\n" : "No\n";
-}
-
 Reply isSystemValid(IlluminatorModel& model, const QByteArray&)
 {
-    return yesNo(model.records().isValid(Record::System));
+    return Answers::yesNo(model.records().isValid(Record::System));
 }
 
 Reply setSystemValid(IlluminatorModel& model, const QByteArray&)
@@ -37,7 +32,7 @@ Reply areChannelsValid(IlluminatorModel& model, const QByteArray&)
     if (!knowsChannels(model)) {
         return Answers::kUnknown;
     }
-    return yesNo(model.records().isValid(Record::Channels));
+    return Answers::yesNo(model.records().isValid(Record::Channels));
 }
 
 Reply setChannelsValid(IlluminatorModel& model, const QByteArray&)

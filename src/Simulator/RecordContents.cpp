@@ -5,7 +5,6 @@
 #include <QtEndian>
 
 #include <array>
-#include <cmath>
 #include <limits>
 
 namespace Simulator::RecordContents {

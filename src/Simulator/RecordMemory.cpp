@@ -2,7 +2,6 @@
 
 #include "Simulator/RecordContents.h"
 
-#include <algorithm>
 #include <vector>
 
 namespace Simulator {

@@ -1,5 +1,4 @@
-#include "Simulator/CommandArguments.h"
-#include "Simulator/CommandInterpreter.h"
+#include "Simulator/CommandBodies.h"
 #include "Simulator/SimulatedIlluminator.h"
 
 // Commands that tell, wait and end.
@@ -59,21 +58,15 @@ Outcome status(CommandInterpreter& interpreter, const QStringList&)
 
 Outcome log(CommandInterpreter& interpreter, const QStringList& words)
 {
-    const auto on = Arguments::choice(words.first(), "on", "off");
-    if (!on) {
-        return Outcome::badArgument(words.first());
-    }
-    interpreter.setTrafficLog(*on);
-    return {};
+    return withSwitch(words, [&interpreter](bool on) { interpreter.setTrafficLog(on); });
 }
 
 Outcome wait(CommandInterpreter&, const QStringList& words)
 {
-    const auto time = Arguments::time(words.first());
-    if (!time) {
-        return Outcome::badArgument(words.first());
-    }
-    return {true, {}, *time, false};
+    std::chrono::milliseconds due{0};
+    Outcome outcome = withTime(words, [&due](std::chrono::milliseconds time) { due = time; });
+    outcome.wait = due;
+    return outcome;
 }
 
 Outcome quit(CommandInterpreter&, const QStringList&)

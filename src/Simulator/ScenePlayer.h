@@ -3,7 +3,6 @@
 #include <QObject>
 #include <QQueue>
 #include <QString>
-#include <QStringList>
 #include <QTimer>
 
 namespace Simulator {

@@ -16,7 +16,6 @@ namespace {
 constexpr int kBaudRate = 19200;
 constexpr int kBitsPerByte = 10;               // start bit, eight data bits, stop bit
 constexpr int kMaxOutgoingBytes = 1024 * 1024; // nobody may be reading the other end
-constexpr int kForever = -1;
 
 bool isFileName(const QString& name)
 {
@@ -253,7 +252,7 @@ std::optional<WireFault> Wire::takeFault(const QByteArray& line)
         return std::nullopt;
     }
     const WireFault fault = *found;
-    if (fault.count != kForever && --found->count == 0) {
+    if (fault.count != WireFault::kForever && --found->count == 0) {
         m_faults.erase(found);
     }
     return fault;

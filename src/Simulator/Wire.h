@@ -29,7 +29,7 @@ struct Answer
 };
 
 /// Something that goes wrong with answers on their way. It strikes the next `count` answers to lines that
-/// begin with `match` (every line when empty), then is gone; count -1 lasts until clearFaults(). Of several
+/// begin with `match` (every line when empty), then is gone; kForever lasts until clearFaults(). Of several
 /// faults that match, the one added first strikes alone, so faults can be lined up. A line that the device
 /// does not answer uses no fault up.
 struct WireFault
@@ -41,6 +41,8 @@ struct WireFault
         Noise,      ///< `bytes` come instead of the answer
         ZeroByte,   ///< a NUL byte is inserted at position `splitAt` of the answer
     };
+    static constexpr int kForever = -1;
+
     Kind kind = Kind::NoReply;
     int count = 1;
     QByteArray match;

@@ -1,12 +1,11 @@
+#include "LogFolderTest.h"
 #include "LogRecorder.h"
 #include "QsLog2_1_0/FileDestination.h"
 #include "QsLog2_1_0/QsLog.h"
 #include "StderrCapture.h"
-#include "support/WarningWatch.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>
@@ -15,12 +14,6 @@
 using namespace QsLogging;
 
 namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
-}
 
 void put(const QString& path, const QByteArray& content)
 {
@@ -48,13 +41,13 @@ private:
 
 } // namespace
 
-class TestFileDestination : public QObject
+class TestFileDestination : public LogFolderTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void describesItself();
     void beginsAnewWithoutRotation();
     void continuesWithRotation();
@@ -73,32 +66,12 @@ private Q_SLOTS:
     void keepsOtherDestinationsGoing();
 
 private:
-    QString path(const QString& name = QStringLiteral("VYR_Log.txt")) const
-    {
-        return m_folder->filePath(name);
-    }
     QByteArray backup(int index) const
     {
         return contentOf(path() + QLatin1Char('.') + QString::number(index));
     }
-    auto fileCount() const { return QDir(m_folder->path()).entryList(QDir::Files | QDir::System).size(); }
-
-    QScopedPointer<QTemporaryDir> m_folder;
-    QScopedPointer<WarningWatch> m_watch;
+    auto fileCount() const { return QDir(folderPath()).entryList(QDir::Files | QDir::System).size(); }
 };
-
-void TestFileDestination::init()
-{
-    m_folder.reset(new QTemporaryDir);
-    QVERIFY(m_folder->isValid());
-    m_watch.reset(new WarningWatch);
-}
-
-void TestFileDestination::cleanup()
-{
-    QCOMPARE(WarningWatch::messages(), QStringList());
-    m_watch.reset();
-}
 
 void TestFileDestination::describesItself()
 {
@@ -252,7 +225,7 @@ void TestFileDestination::tellsWhereItCannotOpen()
     QFETCH(QString, name);
     QFETCH(bool, rotation);
     put(path(QStringLiteral("file")), "");
-    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("folder")));
+    QVERIFY(QDir(folderPath()).mkdir(QStringLiteral("folder")));
 
     StderrCapture errors;
     const DestinationPtr destination = makeFileDestination(path(name), rotation, 1'000'000, 10);
@@ -268,7 +241,7 @@ void TestFileDestination::tellsOnceWhereItCannotReopen()
 {
     // Puts a folder in the log's place, as long as that is wanted.
     bool obstruct = true;
-    const QDir folder(m_folder->path());
+    const QDir folder(folderPath());
     const auto strategy = QSharedPointer<EverySingleLine>::create([&] {
         QFile::remove(path());
         static_cast<void>(obstruct ? folder.mkdir(path()) : folder.rmdir(path()));
@@ -298,7 +271,7 @@ void TestFileDestination::staysQuietWhereBackupsCannotBeMade()
 {
     // A folder that is not empty can be neither removed nor replaced, and no permission is needed for that.
     const QString inTheWay = path() + QLatin1String(".1");
-    QVERIFY(QDir(m_folder->path()).mkpath(inTheWay + QLatin1String("/full")));
+    QVERIFY(QDir(folderPath()).mkpath(inTheWay + QLatin1String("/full")));
     const DestinationPtr destination = makeFileDestination(path(), true, 3, 1);
     destination->write(QStringLiteral("one"), LogLevel::Info);
 

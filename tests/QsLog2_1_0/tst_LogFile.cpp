@@ -1,79 +1,24 @@
+#include "LogFolderTest.h"
 #include "QsLog2_1_0/DestinationFactory.h"
 #include "StderrCapture.h"
-#include "support/WarningWatch.h"
+#include "support/FileSizeLimit.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
-
-#include <csignal>
-#include <sys/resource.h>
 
 using namespace QsLogging;
 
-namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
-}
-
-/// No file of the process grows beyond this while it lives: a disk that is full in the middle of a line.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit limit = m_before;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    FileSizeLimit(FileSizeLimit&&) = delete;
-    FileSizeLimit& operator=(FileSizeLimit&&) = delete;
-
-private:
-    rlimit m_before{};
-};
-
-} // namespace
-
 /// A log file on a disk that has no more room.
-class TestLogFile : public QObject
+class TestLogFile : public LogFolderTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void losesLinesOnAFullDisk();
     void completesACutLine();
     void forgetsACutLineWithItsFile();
-
-private:
-    QString path() const { return m_folder->filePath(QStringLiteral("VYR_Log.txt")); }
-
-    QScopedPointer<QTemporaryDir> m_folder;
-    QScopedPointer<WarningWatch> m_watch;
 };
-
-void TestLogFile::init()
-{
-    m_folder.reset(new QTemporaryDir);
-    QVERIFY(m_folder->isValid());
-    m_watch.reset(new WarningWatch);
-}
-
-void TestLogFile::cleanup()
-{
-    QCOMPARE(WarningWatch::messages(), QStringList());
-    m_watch.reset();
-}
 
 void TestLogFile::losesLinesOnAFullDisk()
 {

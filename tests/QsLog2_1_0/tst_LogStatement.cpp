@@ -1,5 +1,5 @@
-#include "LogRecorder.h"
 #include "QsLog2_1_0/QsLog.h"
+#include "RecordedLogTest.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -9,7 +9,6 @@
 #include <thread>
 #include <vector>
 
-using QsLogging::Logger;
 using QsLogging::LogLevel;
 using QsLogging::LogStatement;
 
@@ -55,13 +54,13 @@ QDebug operator<<(QDebug debug, TwoLines /*value*/)
 
 Q_DECLARE_METATYPE(Build)
 
-class TestLogStatement : public QObject
+class TestLogStatement : public RecordedLogTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void showsItems_data();
     void showsItems();
     void quotedTextCannotForgeALine_data();
@@ -74,31 +73,16 @@ private Q_SLOTS:
 
 private:
     QString message() const { return m_recorder->lines.value(0).mid(headLength); }
-
-    QSharedPointer<LogRecorder> m_recorder;
 };
 
-void TestLogStatement::init()
+namespace {
+void row(const char* name, const Build& build, const QString& message)
 {
-    m_recorder = QSharedPointer<LogRecorder>::create();
-    Logger::instance().addDestination(m_recorder);
-    Logger::instance().setLevel(LogLevel::Trace);
+    QTest::newRow(name) << build << message;
 }
 
-void TestLogStatement::cleanup()
+void addTexts()
 {
-    Logger::instance().removeDestination(m_recorder);
-    Logger::instance().setLevel(LogLevel::Info);
-}
-
-void TestLogStatement::showsItems_data()
-{
-    QTest::addColumn<Build>("build");
-    QTest::addColumn<QString>("message");
-
-    const auto row = [](const char* name, const Build& build, const QString& message) {
-        QTest::newRow(name) << build << message;
-    };
     const QString port = QStringLiteral("ttyACM0");
     row("nothing", [](LogStatement&) {}, {});
     row(
@@ -149,6 +133,10 @@ void TestLogStatement::showsItems_data()
     row(
         "quoted umlaut", [](LogStatement& s) { s << QStringLiteral("\u00e4"); },
         QStringLiteral("\"\u00e4\""));
+}
+
+void addNumbers()
+{
     row(
         "booleans", [](LogStatement& s) { s << true << false; }, QStringLiteral("true false"));
     row(
@@ -169,6 +157,10 @@ void TestLogStatement::showsItems_data()
     row(
         "reals", [](LogStatement& s) { s << 0.5 << 12.25F << 1e20 << qQNaN(); },
         QStringLiteral("0.5 12.25 1e+20 nan"));
+}
+
+void addOthers()
+{
     row(
         "address", [](LogStatement& s) { s << &addressed << static_cast<const void*>(&addressed); },
         QString(QLatin1String("0x%1 0x%1")).arg(reinterpret_cast<quintptr>(&addressed), 0, 16));
@@ -189,6 +181,16 @@ void TestLogStatement::showsItems_data()
         QStringLiteral("QVariant(int, 7) end"));
     row(
         "type that breaks lines", [](LogStatement& s) { s << TwoLines{}; }, QStringLiteral("one\\r\\ntwo"));
+}
+} // namespace
+
+void TestLogStatement::showsItems_data()
+{
+    QTest::addColumn<Build>("build");
+    QTest::addColumn<QString>("message");
+    addTexts();
+    addNumbers();
+    addOthers();
 }
 
 void TestLogStatement::showsItems()

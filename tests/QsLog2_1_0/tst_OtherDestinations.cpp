@@ -84,11 +84,11 @@ void TestOtherDestinations::init()
 void TestOtherDestinations::cleanup()
 {
     const QStringList warnings = WarningWatch::messages();
+    m_watch.reset();
     QCOMPARE(warnings.size(), m_expectedWarnings.size());
     for (int i = 0; i < warnings.size(); ++i) {
         QVERIFY2(warnings.at(i).contains(m_expectedWarnings.at(i)), qPrintable(warnings.at(i)));
     }
-    m_watch.reset();
 }
 
 void TestOtherDestinations::debugOutput_data()

@@ -1,5 +1,5 @@
-#include "LogRecorder.h"
 #include "QsLog2_1_0/QsLog.h"
+#include "RecordedLogTest.h"
 
 #include <QDateTime>
 #include <QtTest>
@@ -21,36 +21,20 @@ constexpr int headLength = 5 + 1 + 23 + 1;
 Q_DECLARE_METATYPE(Action)
 
 /// The macros that callers write.
-class TestQsLog : public QObject
+class TestQsLog : public RecordedLogTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void startsWithLevelAndTime_data();
     void startsWithLevelAndTime();
     void filtersByLevel_data();
     void filtersByLevel();
     void evaluatesNothingWhenFiltered();
     void standsInAnIfWithoutBraces();
-
-private:
-    QSharedPointer<LogRecorder> m_recorder;
 };
-
-void TestQsLog::init()
-{
-    m_recorder = QSharedPointer<LogRecorder>::create();
-    Logger::instance().addDestination(m_recorder);
-    Logger::instance().setLevel(LogLevel::Trace);
-}
-
-void TestQsLog::cleanup()
-{
-    Logger::instance().removeDestination(m_recorder);
-    Logger::instance().setLevel(LogLevel::Info);
-}
 
 void TestQsLog::startsWithLevelAndTime_data()
 {

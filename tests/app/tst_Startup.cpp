@@ -4,6 +4,7 @@
 #include "mainwindow/WindowBench.h"
 #include "scenario/Scenario.h"
 #include "settings/SettingsDialog.h"
+#include "support/HomeFolder.h"
 
 #include <QApplication>
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <functional>
@@ -46,18 +46,16 @@ private slots:
 private:
     /// Runs the program with these arguments; the window closes itself when the loop has started.
     int run(const QByteArrayList& arguments, const std::function<void(PelorinMainWindow&)>& hook);
-    QString documents() const { return m_home->filePath(QStringLiteral("Documents")); }
-    QString logFile() const { return documents() + QStringLiteral("/Tarnwick/VYR/VYR_Log.txt"); }
+    QString documents() const { return m_home->path(QStringLiteral("Documents")); }
+    QString logFile() const { return m_home->dataFolder() + QStringLiteral("/VYR_Log.txt"); }
 
-    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<HomeFolder> m_home;
     std::unique_ptr<WindowBench> m_bench;
 };
 
 void tst_Startup::init()
 {
-    m_home = std::make_unique<QTemporaryDir>();
-    qputenv("HOME", QFile::encodeName(m_home->path()));
-    QVERIFY(QDir().mkpath(documents()));
+    m_home = std::make_unique<HomeFolder>();
     m_bench = std::make_unique<WindowBench>();
 }
 

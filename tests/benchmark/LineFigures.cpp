@@ -1,12 +1,17 @@
 #include "LineFigures.h"
 
+#include "BenchWindow.h"
 #include "Simulator/IlluminatorModel.h"
+#include "device/Device.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 
 namespace {
 constexpr double bitsPerByte = 10.0;
 constexpr double baudRate = 19200.0;
+constexpr std::chrono::milliseconds gapBetweenExchanges{50};
 
 /// The device's own time for these lines, told by a device of the same make.
 Bench::Seconds thinkTime(const QList<QByteArray>& lines, Simulator::Image image)
@@ -20,6 +25,21 @@ Bench::Seconds thinkTime(const QList<QByteArray>& lines, Simulator::Image image)
     return sum;
 }
 } // namespace
+
+bool Bench::LineFigures::measure(SimulatorThread& simulator, int times, const std::function<bool()>& exchange)
+{
+    for (int i = 0; i < times; ++i) {
+        pause(gapBetweenExchanges);
+        simulator.takeTraffic();
+        bool done = false;
+        const Seconds time = timed([&] { done = exchange(); });
+        if (!done) {
+            return false;
+        }
+        add(time, simulator.takeTraffic());
+    }
+    return m_bytes > 0;
+}
 
 void Bench::LineFigures::add(Seconds exchange, const SimulatorThread::Traffic& traffic)
 {
@@ -47,4 +67,23 @@ void Bench::LineFigures::print(const QString& exchangeName, const char* goal) co
             .arg(m_bytes)
             .arg(median(m_ratios), 0, 'f', 4)
             .arg(*std::max_element(m_ratios.begin(), m_ratios.end()), 0, 'f', 4));
+}
+
+int Bench::measureExchange(int argc, char** argv, const QString& name, int times,
+                           const std::function<bool(Device&)>& exchange)
+{
+    const QCoreApplication application(argc, argv);
+    SimulatorThread simulator;
+    listPort(simulator.portName());
+    Device device;
+    device.checkConnectionStatus();
+    device.setPolling(false);
+    LineFigures figures;
+    if (!device.isApplicationConnected() ||
+        !figures.measure(simulator, times, [&] { return exchange(device); })) {
+        return 1;
+    }
+    Table::printHead();
+    figures.print(name);
+    return 0;
 }

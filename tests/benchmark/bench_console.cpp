@@ -175,7 +175,8 @@ void print(const QString& name, const Figures& measured, const Figures& baseline
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    applyLook(application);
+    applyColours();
+    applyStyleSheet(application);
     Bench::Table::printHead();
     const QList<Shape> all = shapes();
     for (const Shape& shape : all) {

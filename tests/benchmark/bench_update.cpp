@@ -91,16 +91,9 @@ bool measurePaced(QWidget& window)
     if (!connectTo(simulator, device)) {
         return false;
     }
-    Bench::pause(milliseconds(100));
-    simulator.takeTraffic();
     Bench::LineFigures figures(Simulator::Image::Loader);
-    for (int i = 0; i < pacedRounds; ++i) {
-        bool done = false;
-        const Bench::Seconds time = Bench::timed([&] { done = program(device, image, window); });
-        if (!done) {
-            return false;
-        }
-        figures.add(time, simulator.takeTraffic());
+    if (!figures.measure(simulator, pacedRounds, [&] { return program(device, image, window); })) {
+        return false;
     }
     figures.print(QStringLiteral("programming an image"), "<= 1.031 (ratio)");
     return true;

@@ -9,43 +9,8 @@
 #include <algorithm>
 #include <ctime>
 #include <memory>
-#include <utility>
 
 using namespace std::chrono_literals;
-
-namespace {
-QtMessageHandler previousHandler = nullptr;
-
-QStringList& gatheredWarnings()
-{
-    static QStringList warnings;
-    return warnings;
-}
-
-void gather(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    if (type == QtWarningMsg || type == QtCriticalMsg)
-        gatheredWarnings().append(text);
-    if (previousHandler)
-        previousHandler(type, context, text);
-}
-} // namespace
-
-DeviceTest::QtWarnings::QtWarnings()
-{
-    gatheredWarnings().clear();
-    previousHandler = qInstallMessageHandler(gather);
-}
-
-DeviceTest::QtWarnings::~QtWarnings()
-{
-    qInstallMessageHandler(previousHandler);
-}
-
-QStringList DeviceTest::QtWarnings::take()
-{
-    return std::exchange(gatheredWarnings(), {});
-}
 
 void DeviceTest::answerAsApplication(ScriptedBench& bench, const QByteArray& version)
 {
@@ -198,27 +163,43 @@ int DeviceTest::Announcements::count(const QString& prefix) const
         all.begin(), all.end(), [&prefix](const QString& text) { return text.startsWith(prefix); }));
 }
 
-void DeviceTest::ConnectedTest::begin()
+void DeviceTest::PluggedTest::begin()
 {
+    beginWatch();
     m_bench = std::make_unique<ScriptedBench>();
     QVERIFY(m_bench->wire().isPlugged());
     answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
+}
+
+void DeviceTest::PluggedTest::end()
+{
+    m_bench.reset();
+    endWatch();
+}
+
+void DeviceTest::ConnectedTest::begin()
+{
+    PluggedTest::begin();
+    connectDevice();
 }
 
 void DeviceTest::ConnectedTest::end()
 {
     m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
+    PluggedTest::end();
+}
+
+void DeviceTest::ConnectedTest::connectDevice()
+{
+    m_device.reset();
+    m_device = std::make_unique<Device>();
+    QVERIFY(connectWithoutPoll(*m_device));
+    m_bench->clearReceived();
 }
 
 void DeviceTest::PollTest::begin()
 {
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
+    PluggedTest::begin();
     m_device = std::make_unique<Device>();
     m_heard = std::make_unique<Announcements>(*m_device);
     QVERIFY(connectWithoutPoll(*m_device));
@@ -235,8 +216,7 @@ void DeviceTest::PollTest::end()
 {
     m_heard.reset();
     m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
+    PluggedTest::end();
 }
 
 void DeviceTest::PollTest::connectAnew()

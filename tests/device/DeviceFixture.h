@@ -3,6 +3,7 @@
 #include "device/Device.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedBench.h"
+#include "support/WatchedTest.h"
 
 #include <QByteArrayList>
 #include <QStringList>
@@ -46,17 +47,6 @@ int openFileCount();
 QStringList messages(const QStringList& lines);
 QStringList errorMessages(const LogCapture& log);
 
-/// Gathers the warnings of Qt and of the libraries while it lives; a test expects none.
-class QtWarnings
-{
-public:
-    QtWarnings();
-    ~QtWarnings();
-    Q_DISABLE_COPY_MOVE(QtWarnings)
-
-    QStringList take();
-};
-
 /// Records what the link announces, in the order in which it does.
 class Announcements
 {
@@ -84,21 +74,31 @@ private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
-/// What a test of the link alone begins with: an application that is connected and not polled.
-class ConnectedTest : public QObject
+/// What a test begins with that makes its links itself: a plugged device that answers as an application.
+class PluggedTest : public WatchedTest
 {
 protected:
     void begin();
     void end();
 
-    QtWarnings m_warnings;
     std::unique_ptr<ScriptedBench> m_bench;
+};
+
+/// What a test of the link alone begins with: an application that is connected and not polled.
+class ConnectedTest : public PluggedTest
+{
+protected:
+    void begin();
+    void end();
+    /// With a link of its own, which has sent nothing since.
+    void connectDevice();
+
     std::unique_ptr<Device> m_device;
 };
 
 /// What a test that runs ticks by hand begins with: a connected device without fault and warning, both told,
 /// and with the countdown of the warnings, which belongs to the process, at its beginning.
-class PollTest : public QObject
+class PollTest : public PluggedTest
 {
 protected:
     void begin();
@@ -106,8 +106,6 @@ protected:
     void connectAnew();
     QStringList tick(); ///< what one tick announces
 
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
     std::unique_ptr<Device> m_device;
     std::unique_ptr<Announcements> m_heard;
 };

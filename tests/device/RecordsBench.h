@@ -75,13 +75,12 @@ inline void addTransferSteps()
 }
 
 /// A device with records, connected and not polled; what it is told to write is only confirmed.
-class RecordsTest : public QObject
+class RecordsTest : public ConnectedTest
 {
 protected:
     void begin()
     {
-        m_bench = std::make_unique<ScriptedBench>();
-        answerAsApplication(*m_bench);
+        ConnectedTest::begin();
         m_bench->setAnswers({{"issysconfigvalid", "Yes\n"},
                              {"ischanconfigvalid", "yes\n"},
                              {"chan_config", "chan_config:" + QByteArray(200, '3') + '\n'},
@@ -90,20 +89,6 @@ protected:
         m_bench->setResponder([this, step = 0](const QByteArray& line) mutable {
             return isTransferLine(line) ? answer(line, step++) : std::nullopt;
         });
-        connectDevice();
-    }
-    void end()
-    {
-        m_device.reset();
-        m_bench.reset();
-        QCOMPARE(m_warnings.take(), QStringList());
-    }
-    void connectDevice()
-    {
-        m_device.reset();
-        m_device = std::make_unique<Device>();
-        QVERIFY(connectWithoutPoll(*m_device));
-        m_bench->clearReceived();
     }
     static bool isTransferLine(const QByteArray& line)
     {
@@ -121,9 +106,6 @@ protected:
     static QByteArray digits128() { return QByteArray(256, '1'); }
     static QByteArray digits52() { return QByteArray(104, '2'); }
 
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
     int m_oddStep = -1; ///< the transfer line, counted from 0, that m_oddAnswer is for; it may leave it to
                         ///< the usual answer
     std::function<std::optional<Simulator::Answer>()> m_oddAnswer;
@@ -131,7 +113,7 @@ protected:
 private:
     std::optional<Simulator::Answer> answer(const QByteArray& line, int step)
     {
-        const auto odd = step == m_oddStep ? m_oddAnswer() : std::nullopt;
+        auto odd = step == m_oddStep ? m_oddAnswer() : std::nullopt;
         if (odd)
             return odd;
         if (line.startsWith("wf:"))

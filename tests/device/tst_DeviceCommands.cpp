@@ -154,13 +154,13 @@ void addValidityAndProductQueries()
 }
 } // namespace
 
-class tst_DeviceCommands : public QObject
+class tst_DeviceCommands : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void queries_data();
     void queries();
@@ -178,28 +178,7 @@ private slots:
     void productConfigWaitsForAnIdleLine();
     void configLimit_data();
     void configLimit();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
-
-void tst_DeviceCommands::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceCommands::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 void tst_DeviceCommands::queries_data()
 {

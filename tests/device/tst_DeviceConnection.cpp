@@ -6,13 +6,13 @@ using namespace DeviceTest;
 using namespace std::chrono_literals;
 using QsLogging::LogLevel;
 
-class tst_DeviceConnection : public QObject
+class tst_DeviceConnection : public PluggedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void foundPortsAreLogged();
     void otherPortsAreLeftAlone_data();
@@ -26,23 +26,7 @@ private slots:
     void unlistedPortIsClosed();
     void disconnectionFindsTheLinkClosed();
     void destructionTellsNobody();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
 };
-
-void tst_DeviceConnection::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-}
-
-void tst_DeviceConnection::cleanup()
-{
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 void tst_DeviceConnection::foundPortsAreLogged()
 {

@@ -6,13 +6,13 @@ using namespace DeviceTest;
 using namespace std::chrono_literals;
 using QsLogging::LogLevel;
 
-class tst_DeviceIdentification : public QObject
+class tst_DeviceIdentification : public PluggedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void applicationIsIdentified();
     void firstVersionOnlyWakesTheLine();
@@ -28,23 +28,7 @@ private slots:
     void tickDuringTheAnnouncementKeepsThePort();
     void laserControllerUpdateIsLeftAlone();
     void laserControllerUpdateKeepsThePollOff();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
 };
-
-void tst_DeviceIdentification::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-}
-
-void tst_DeviceIdentification::cleanup()
-{
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 void tst_DeviceIdentification::applicationIsIdentified()
 {

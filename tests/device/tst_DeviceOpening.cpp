@@ -1,6 +1,6 @@
 #include "device/DeviceFixture.h"
-#include "device/OrdinaryUser.h"
 #include "device/SerialLine.h"
+#include "support/OrdinaryUser.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -61,7 +61,7 @@ void listenTo(Device& device, QStringList* told)
 } // namespace
 
 /// A device that is listed and cannot be opened: its cause is told when it begins, changes and ends.
-class tst_DeviceOpening : public QObject
+class tst_DeviceOpening : public PluggedTest
 {
     Q_OBJECT
 
@@ -85,8 +85,6 @@ private:
     void check(int times = 1);
     QString port() const { return m_bench->portName(); }
 
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
     std::unique_ptr<Device> m_device;
     QStringList m_told;
     bool m_wasOpen = false;
@@ -94,8 +92,7 @@ private:
 
 void tst_DeviceOpening::init()
 {
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
+    begin();
     m_device = std::make_unique<Device>();
     m_told.clear();
     listenTo(*m_device, &m_told);
@@ -104,8 +101,7 @@ void tst_DeviceOpening::init()
 void tst_DeviceOpening::cleanup()
 {
     m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
+    end();
 }
 
 void tst_DeviceOpening::check(int times)

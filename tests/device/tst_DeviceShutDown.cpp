@@ -10,13 +10,13 @@ using QsLogging::LogLevel;
 using Wait = std::function<int(Device&, ScriptedBench&)>;
 Q_DECLARE_METATYPE(Wait)
 
-class tst_DeviceShutDown : public QObject
+class tst_DeviceShutDown : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void endsEveryWait_data();
     void endsEveryWait();
@@ -24,28 +24,7 @@ private slots:
     void duringTheOpeningLeavesNothingOpen();
     void leavesNothingRunning();
     void endsTheEventLoopsProgram();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
-
-void tst_DeviceShutDown::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceShutDown::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 namespace {
 void row(const char* title, int code, const QList<QByteArray>& lines, const Wait& wait)

@@ -6,13 +6,13 @@ using namespace DeviceTest;
 using namespace std::chrono_literals;
 
 /// "goloader" and "goapp": the device restarts into another image, on the same port or on a new one.
-class tst_DeviceSwitch : public QObject
+class tst_DeviceSwitch : public ConnectedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void loaderOnTheSamePort();
     void applicationOnTheSamePort();
@@ -33,10 +33,6 @@ private slots:
 
 private:
     void restartInto(void (*answers)(ScriptedBench&), Milliseconds away, const QString& name);
-
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
-    std::unique_ptr<Device> m_device;
 };
 
 namespace {
@@ -51,22 +47,6 @@ void becomeApplication(ScriptedBench& bench)
     answerAsApplication(bench, "2.7.1");
 }
 } // namespace
-
-void tst_DeviceSwitch::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-    m_device = std::make_unique<Device>();
-    QVERIFY(connectWithoutPoll(*m_device));
-    m_bench->clearReceived();
-}
-
-void tst_DeviceSwitch::cleanup()
-{
-    m_device.reset();
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 /// From now: unplugged, `away` later back under `name` with the new image.
 void tst_DeviceSwitch::restartInto(void (*answers)(ScriptedBench&), Milliseconds away, const QString& name)

@@ -11,13 +11,13 @@ using Activity = std::function<int(Device&, ScriptedBench&)>;
 Q_DECLARE_METATYPE(Activity)
 Q_DECLARE_METATYPE(Milliseconds)
 
-class tst_DeviceUnplug : public QObject
+class tst_DeviceUnplug : public PluggedTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     void unplugged_data();
     void unplugged();
@@ -29,23 +29,7 @@ private slots:
     void vanishesAHundredTimes();
     void twoDevices();
     void errorTextSurvivesTheClosing();
-
-private:
-    QtWarnings m_warnings;
-    std::unique_ptr<ScriptedBench> m_bench;
 };
-
-void tst_DeviceUnplug::init()
-{
-    m_bench = std::make_unique<ScriptedBench>();
-    answerAsApplication(*m_bench);
-}
-
-void tst_DeviceUnplug::cleanup()
-{
-    m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
-}
 
 namespace {
 /// The whole second after is listened to where the link was left to itself, less where it was busy.

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 /// The port by itself: what it makes of errors. Errors that no pseudo-terminal shows are emitted in the
 /// port's place.
-class tst_SerialLine : public QObject
+class tst_SerialLine : public WatchedTest
 {
     Q_OBJECT
 
@@ -34,7 +34,6 @@ private slots:
 private:
     void report(QSerialPort::SerialPortError error) { emit m_port->errorOccurred(error); }
 
-    QtWarnings m_warnings;
     std::unique_ptr<ScriptedBench> m_bench;
     std::unique_ptr<LogCapture> m_log;
     std::unique_ptr<SerialLine> m_line;
@@ -55,6 +54,7 @@ void tst_SerialLine::initTestCase()
 
 void tst_SerialLine::init()
 {
+    beginWatch();
     m_failures = 0;
     m_closings = 0;
     m_received.clear();
@@ -74,7 +74,7 @@ void tst_SerialLine::cleanup()
     m_log.reset();
     m_line.reset();
     m_bench.reset();
-    QCOMPARE(m_warnings.take(), QStringList());
+    endWatch();
 }
 
 void tst_SerialLine::portSettings()

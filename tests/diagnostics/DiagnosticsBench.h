@@ -28,7 +28,7 @@ protected:
         m_home.reset();
     }
 
-    QString logFolder() const { return m_home->path(QStringLiteral("Documents/Tarnwick/VYR")); }
+    QString logFolder() const { return m_home->dataFolder(); }
     QString logFile(const QString& ending = {}) const
     {
         return logFolder() + QStringLiteral("/VYR_Log.txt") + ending;

@@ -57,7 +57,8 @@ private slots:
     void everyMember();
     void logUpToTheClick();
     void settingsThatWereNotOnTheDisk();
-    void noSettingsFile();
+    void choicesOfTheFirstRun();
+    void settingsThatCannotBeSaved();
     void oddLogs_data();
     void oddLogs();
     void endOfAHugeLog();
@@ -135,13 +136,30 @@ void tst_DiagnosticsContents::settingsThatWereNotOnTheDisk()
     QCOMPARE(archive.content("Settings.ini"), m_bench->settingsFileContent());
 }
 
-void tst_DiagnosticsContents::noSettingsFile()
+/// Most of them are put into the store only when the program ends.
+void tst_DiagnosticsContents::choicesOfTheFirstRun()
 {
     QVERIFY(QFile::remove(m_bench->settingsFileName()));
+    Column(*m_window, 1).slider->setValue(33);
+    emit m_hand->dialog().sleepTimerChanged(44);
+    const ZipContents archive = saved();
+    const QByteArray settings = archive.content("Settings.ini");
+    QVERIFY2(settings.contains("\nChannel%20Intensity=33\n"), settings.constData());
+    QVERIFY2(settings.contains("Sleep%20Timer=44\n"), settings.constData());
+    QCOMPARE(settings, m_bench->settingsFileContent());
+}
+
+void tst_DiagnosticsContents::settingsThatCannotBeSaved()
+{
+    QVERIFY(QFile::remove(m_bench->settingsFileName()));
+    QVERIFY(QDir().mkpath(m_bench->settingsFileName()));
     const ZipContents archive = saved();
     QVERIFY(archive.isWhole());
     QVERIFY(!archive.names().contains(QStringLiteral("Settings.ini")));
-    QVERIFY(archive.content("README.txt").contains("\n  Settings.ini: not there\n"));
+    const QByteArray readme = archive.content("README.txt");
+    QVERIFY(readme.contains("\n  Settings.ini: not a file\n"));
+    QVERIFY(
+        readme.contains("\n  Settings.ini: as saved before, because the last changes could not be saved\n"));
 }
 
 void tst_DiagnosticsContents::oddLogs_data()

@@ -1,6 +1,6 @@
-#include "device/OrdinaryUser.h"
 #include "diagnostics/FileCopy.h"
-#include "support/WarningWatch.h"
+#include "support/OrdinaryUser.h"
+#include "support/WatchedTest.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,12 +10,21 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-class tst_FileCopy : public QObject
+class tst_FileCopy : public WatchedTest
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void init()
+    {
+        beginWatch();
+        m_folder = std::make_unique<QTemporaryDir>();
+    }
+    void cleanup()
+    {
+        m_folder.reset();
+        endWatch();
+    }
     void whole_data();
     void whole();
     void endOfALongOne_data();

@@ -243,7 +243,7 @@ void tst_SaveDiagnostics::operatorsLevel()
 void tst_SaveDiagnostics::refusedDuringAnUpdate()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         save({target()});
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
     }

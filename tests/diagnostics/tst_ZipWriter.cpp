@@ -1,8 +1,8 @@
-#include "device/OrdinaryUser.h"
 #include "diagnostics/ZipContents.h"
 #include "diagnostics/ZipWriter.h"
 #include "support/FileSizeLimit.h"
-#include "support/WarningWatch.h"
+#include "support/OrdinaryUser.h"
+#include "support/WatchedTest.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -25,7 +25,7 @@ QByteArray noise(int size)
 }
 } // namespace
 
-class tst_ZipWriter : public QObject
+class tst_ZipWriter : public WatchedTest
 {
     Q_OBJECT
 
@@ -55,19 +55,18 @@ private:
     QByteArray fileContent() const;
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<WarningWatch> m_warnings;
 };
 
 void tst_ZipWriter::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
-    m_warnings = std::make_unique<WarningWatch>();
+    beginWatch();
 }
 
 void tst_ZipWriter::cleanup()
 {
-    QCOMPARE(WarningWatch::messages(), QStringList());
-    m_warnings.reset();
+    m_folder.reset();
+    endWatch();
 }
 
 bool tst_ZipWriter::writeOld() const

@@ -60,7 +60,8 @@ private:
 
 void tst_HelpWindow::initTestCase()
 {
-    applyLook(*qApp);
+    applyColours();
+    applyStyleSheet(*qApp);
     for (const char* scheme : handledSchemes) {
         QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "openOutside");
     }

@@ -84,7 +84,11 @@ class tst_Manual : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { applyLook(*qApp); }
+    void initTestCase()
+    {
+        applyColours();
+        applyStyleSheet(*qApp);
+    }
     void copyIsTheFolder();
     void everyPageIsReached();
     void linksLeadToPages_data() { rowForEachPage(); }

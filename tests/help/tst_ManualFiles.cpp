@@ -39,7 +39,11 @@ class tst_ManualFiles : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { applyLook(*qApp); }
+    void initTestCase()
+    {
+        applyColours();
+        applyStyleSheet(*qApp);
+    }
     void init();
     void cleanup() { Manual::setFolder(QString()); }
     void addresses();

@@ -213,11 +213,28 @@ bool FakeIlluminator::waitForCommand(const QByteArray& line) const
     return m_bench.waitForLine(line);
 }
 
-bool ConnectedWindowTest::buildConnectedWindow()
+void WindowTest::buildWindow()
 {
     m_bench = std::make_unique<WindowBench>();
     m_illuminator = std::make_unique<FakeIlluminator>();
     m_window = m_bench->start();
+}
+
+void WindowTest::removeWindow()
+{
+    m_window.reset();
+    m_illuminator.reset();
+    m_bench.reset();
+}
+
+QString WindowTest::picture(const char* labelName) const
+{
+    return pictureOn(label(*m_window, labelName));
+}
+
+bool ConnectedWindowTest::buildConnectedWindow()
+{
+    buildWindow();
     if (!m_illuminator->connectTo(*m_window)) {
         return false;
     }
@@ -226,11 +243,19 @@ bool ConnectedWindowTest::buildConnectedWindow()
     return true;
 }
 
-void ConnectedWindowTest::removeWindow()
+void ConnectedWindowTest::quiet()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    QVERIFY(m_illuminator->settle(*m_window));
+    m_illuminator->clearCommands();
+    m_bench->log().clear();
+    m_window->statusBar()->clearMessage();
+}
+
+bool ConnectedWindowTest::waitForMode(const QByteArray& mode, const QString& word)
+{
+    m_illuminator->mode = mode;
+    return QTest::qWaitFor(
+        [this, &word] { return label(*m_window, "labelLaserStatusText")->text() == word; });
 }
 
 Column::Column(const QWidget& window, int number)

@@ -89,18 +89,31 @@ private:
     ScriptedBench m_bench;
 };
 
-/// What a test of the connected window begins with: a window whose device is identified and reports no
-/// warning.
-class ConnectedWindowTest : public QObject
+/// A window, and a device beside it.
+class WindowTest : public QObject
 {
 protected:
-    /// False when the device is not found, or not settled, in time.
-    bool buildConnectedWindow();
+    /// The device is plugged in, and the window has not looked for it yet.
+    void buildWindow();
     void removeWindow();
+    QString picture(const char* labelName) const; ///< the file name, as pictureOn() tells it
 
     std::unique_ptr<WindowBench> m_bench;
     std::unique_ptr<FakeIlluminator> m_illuminator;
     std::unique_ptr<PelorinMainWindow> m_window;
+};
+
+/// What a test of the connected window begins with: a window whose device is identified and reports no
+/// warning.
+class ConnectedWindowTest : public WindowTest
+{
+protected:
+    /// False when the device is not found, or not settled, in time.
+    bool buildConnectedWindow();
+    /// Forgets commands, log and message so far, once everything on its way has arrived.
+    void quiet();
+    /// Lets the device report a mode; false when the window does not show its word in time.
+    bool waitForMode(const QByteArray& mode, const QString& word);
 };
 
 /// The widgets of one channel, by number from 1.

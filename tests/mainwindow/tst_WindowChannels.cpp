@@ -27,7 +27,7 @@ void typeInto(QLineEdit* edit, const QString& text)
 } // namespace
 
 /// Sliders, percentages, arrows and names: what is sent for them, and what the device reports.
-class tst_WindowChannels : public QObject
+class tst_WindowChannels : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -62,27 +62,18 @@ private slots:
 
 private:
     static void allChannels_data();
-
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 void tst_WindowChannels::init()
 {
     qRegisterMetaType<channel*>();
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
-    QVERIFY(m_illuminator->connectTo(*m_window));
+    QVERIFY(buildConnectedWindow());
     m_illuminator->clearCommands();
 }
 
 void tst_WindowChannels::cleanup()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowChannels::allChannels_data()
@@ -344,7 +335,7 @@ void tst_WindowChannels::commandsWithoutPort()
 void tst_WindowChannels::nothingIsSentDuringAnUpdate()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         Column(*m_window, 1).slider->setValue(5);
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
         m_window->statusBar()->clearMessage();

@@ -24,7 +24,7 @@ QList<QByteArray> everythingSent(const QByteArray& shutter = "=0")
 } // namespace
 
 /// Connecting, disconnecting, and closing the window whatever is going on.
-class tst_WindowConnection : public QObject
+class tst_WindowConnection : public WindowTest
 {
     Q_OBJECT
 
@@ -49,26 +49,17 @@ private slots:
     void closingEndsAWaitAtOnce();
 
 private:
-    QString picture(const char* objectName) const { return pictureOn(label(*m_window, objectName)); }
     QString systemId() const { return label(*m_window, "labelSystemId")->text(); }
-
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 void tst_WindowConnection::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
+    buildWindow();
 }
 
 void tst_WindowConnection::cleanup()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowConnection::startsDisconnected()
@@ -179,7 +170,7 @@ void tst_WindowConnection::loaderImageIsShownAndLeftAlone()
 
 void tst_WindowConnection::updateKeepsTheConnectHandlerAway()
 {
-    const Update::Run run(*m_window->update());
+    const Update::InProgress run(*m_window->update());
     QVERIFY(m_illuminator->connectTo(*m_window));
     QCOMPARE(m_illuminator->commands(), QList<QByteArray>());
     QCOMPARE(m_illuminator->bench().count("prod_config"), 0);
@@ -272,7 +263,7 @@ void tst_WindowConnection::closingStoresTheLayout()
 void tst_WindowConnection::closingIsRefusedDuringAnUpdate()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QVERIFY(!m_window->close());
         QVERIFY(m_window->isVisible());
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));

@@ -36,10 +36,7 @@ private slots:
     void updateRefuses();
 
 private:
-    QString picture(const char* objectName) const { return pictureOn(label(*m_window, objectName)); }
     QLabel* onOff() const { return label(*m_window, "labelLaserOnOff"); }
-    bool waitForMode(const QByteArray& mode, const QString& word);
-    void quiet();
 };
 
 void tst_WindowLaser::init()
@@ -51,21 +48,6 @@ void tst_WindowLaser::init()
 void tst_WindowLaser::cleanup()
 {
     removeWindow();
-}
-
-void tst_WindowLaser::quiet()
-{
-    QVERIFY(m_illuminator->settle(*m_window));
-    m_illuminator->clearCommands();
-    m_bench->log().clear();
-    m_window->statusBar()->clearMessage();
-}
-
-bool tst_WindowLaser::waitForMode(const QByteArray& mode, const QString& word)
-{
-    m_illuminator->mode = mode;
-    return QTest::qWaitFor(
-        [this, &word] { return label(*m_window, "labelLaserStatusText")->text() == word; });
 }
 
 void tst_WindowLaser::pictures_data()
@@ -151,10 +133,10 @@ void tst_WindowLaser::interlockPicture()
     state.fault = true;
     state.interlockImage = true;
     display.showState(state);
-    QCOMPARE(pictureOn(label(*m_window, "labelLaserStatus")), QStringLiteral("Circle_LaserInterlock.png"));
+    QCOMPARE(picture("labelLaserStatus"), QStringLiteral("Circle_LaserInterlock.png"));
     state.mode = FunctionalModeRun;
     display.showState(state);
-    QCOMPARE(pictureOn(label(*m_window, "labelLaserStatus")), QStringLiteral("Circle_LaserFault.png"));
+    QCOMPARE(picture("labelLaserStatus"), QStringLiteral("Circle_LaserFault.png"));
 }
 
 void tst_WindowLaser::onInIdleAsksForRun()
@@ -333,7 +315,7 @@ void tst_WindowLaser::secondClickInAWaitDoesNothing()
 void tst_WindowLaser::updateRefuses()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QTest::mouseClick(onOff(), Qt::LeftButton);
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
         m_window->statusBar()->clearMessage();

@@ -8,7 +8,7 @@
 #include <memory>
 
 /// Colours, visibility, TTL polarity, the two layouts and the wheel.
-class tst_WindowLayout : public QObject
+class tst_WindowLayout : public ConnectedWindowTest
 {
     Q_OBJECT
 
@@ -21,27 +21,17 @@ private slots:
     void visibility();
     void collapseAndExpand();
     void wheelNeedsFocus();
-
-private:
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
 };
 
 void tst_WindowLayout::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
-    QVERIFY(m_illuminator->connectTo(*m_window));
+    QVERIFY(buildConnectedWindow());
     m_illuminator->clearCommands();
 }
 
 void tst_WindowLayout::cleanup()
 {
-    m_window.reset();
-    m_illuminator.reset();
-    m_bench.reset();
+    removeWindow();
 }
 
 void tst_WindowLayout::ttlInversion_data()

@@ -1,8 +1,8 @@
 #include "device/Device.h"
-#include "device/OrdinaryUser.h"
 #include "device/SerialLine.h"
 #include "mainwindow/OpenFailureNotice.h"
 #include "mainwindow/WindowBench.h"
+#include "support/OrdinaryUser.h"
 #include "update/Update.h"
 
 #include <QElapsedTimer>
@@ -14,7 +14,7 @@
 #include <memory>
 
 /// What the status bar tells of a device that is there and cannot be opened.
-class tst_WindowOpening : public QObject
+class tst_WindowOpening : public WindowTest
 {
     Q_OBJECT
 
@@ -45,9 +45,6 @@ private:
     int shown(const QString& text) const { return static_cast<int>(m_shown.count(text)); }
     int failuresInLog() { return m_bench->log().count(QStringLiteral("Error opening device")); }
 
-    std::unique_ptr<WindowBench> m_bench;
-    std::unique_ptr<FakeIlluminator> m_illuminator;
-    std::unique_ptr<PelorinMainWindow> m_window;
     SerialLine m_holder; ///< another program
     QStringList m_shown; ///< texts of the status bar since the window's start
 };
@@ -67,9 +64,7 @@ QString goneText(const QString& port)
 
 void tst_WindowOpening::init()
 {
-    m_bench = std::make_unique<WindowBench>();
-    m_illuminator = std::make_unique<FakeIlluminator>();
-    m_window = m_bench->start();
+    buildWindow();
     m_shown.clear();
     connect(bar(), &QStatusBar::messageChanged, this, [this](const QString& text) { m_shown.append(text); });
 }
@@ -239,7 +234,7 @@ void tst_WindowOpening::updateKeepsTheBar()
     const QString name = port();
     check();
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QCOMPARE(statusText(*m_window), updating);
         m_shown.clear();
         // Nothing may bring it back: neither time, nor another cause, nor the end of it all.
@@ -258,7 +253,7 @@ void tst_WindowOpening::updateKeepsTheBar()
 void tst_WindowOpening::failureDuringAnUpdateIsToldAfterIt()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QVERIFY(m_holder.open(port()));
         check(2);
         QCOMPARE(shown(busyText(port())), 0);

@@ -2,6 +2,7 @@
 #include "mainwindow/WindowBench.h"
 #include "scenario/Scenario.h"
 #include "settings/SettingsDialog.h"
+#include "update/Update.h"
 
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -19,6 +20,9 @@ private slots:
     void cleanup();
     void faultReports();
     void faultKeepsTheStatusBarFromWarnings();
+    void updateGivesTheBarBack_data();
+    void updateGivesTheBarBack();
+    void updateWithoutADeviceGivesTheBarBack();
     void warningReports();
     void interlock_data();
     void interlock();
@@ -30,11 +34,6 @@ private slots:
     void usbShutterControlSwitchesTheLaserOff();
     void firmwareUpdateTextLeavesTheDeviceAlone();
     void otherDataChangesNothing();
-
-private:
-    QString picture(const char* objectName) const { return pictureOn(label(*m_window, objectName)); }
-    bool waitForMode(const QByteArray& mode, const QString& word);
-    void quiet();
 };
 
 void tst_WindowReports::init()
@@ -47,21 +46,6 @@ void tst_WindowReports::init()
 void tst_WindowReports::cleanup()
 {
     removeWindow();
-}
-
-void tst_WindowReports::quiet()
-{
-    QVERIFY(m_illuminator->settle(*m_window));
-    m_illuminator->clearCommands();
-    m_bench->log().clear();
-    m_window->statusBar()->clearMessage();
-}
-
-bool tst_WindowReports::waitForMode(const QByteArray& mode, const QString& word)
-{
-    m_illuminator->mode = mode;
-    return QTest::qWaitFor(
-        [this, &word] { return label(*m_window, "labelLaserStatusText")->text() == word; });
 }
 
 void tst_WindowReports::faultReports()
@@ -99,6 +83,51 @@ void tst_WindowReports::faultKeepsTheStatusBarFromWarnings()
     m_illuminator->warning = "WARN: second";
     QTRY_COMPARE(m_bench->log().count(QStringLiteral("msg = \"WARN: second\"")), 1);
     QCOMPARE(statusText(*m_window), QStringLiteral("FAULT: hot"));
+}
+
+void tst_WindowReports::updateGivesTheBarBack_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    QTest::addColumn<QByteArray>("warning");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("nothing") << QByteArray("ok") << QByteArray("ok") << "Idle mode";
+    QTest::newRow("warning") << QByteArray("ok") << QByteArray("WARN: 555 open") << "WARN: 555 open";
+    QTest::newRow("fault") << QByteArray("FAULT: hot") << QByteArray("ok") << "FAULT: hot";
+    QTest::newRow("both") << QByteArray("FAULT: hot") << QByteArray("WARN: 555 open") << "FAULT: hot";
+}
+
+void tst_WindowReports::updateGivesTheBarBack()
+{
+    QFETCH(const QByteArray, fault);
+    QFETCH(const QByteArray, warning);
+    QFETCH(const QString, text);
+    m_illuminator->fault = fault;
+    m_illuminator->warning = warning;
+    QTRY_COMPARE(m_window->device()->faultState(), fault != "ok");
+    QTRY_COMPARE(m_window->device()->warningState(), warning != "ok");
+    {
+        const Update::InProgress run(*m_window->update());
+        QCOMPARE(statusText(*m_window), Update::inProgressText());
+    }
+    QCOMPARE(statusText(*m_window), text);
+}
+
+void tst_WindowReports::updateWithoutADeviceGivesTheBarBack()
+{
+    {
+        const Update::InProgress run(*m_window->update());
+        m_illuminator->bench().wire().unplug();
+        QTRY_VERIFY(statusText(*m_window) != Update::inProgressText());
+    }
+    // Told meanwhile, and true still.
+    QVERIFY2(statusText(*m_window).contains(QLatin1String("error")) ||
+                 statusText(*m_window).contains(QLatin1String("disconnected")),
+             qPrintable(statusText(*m_window)));
+    {
+        const Update::InProgress run(*m_window->update());
+        QCOMPARE(statusText(*m_window), Update::inProgressText());
+    }
+    QCOMPARE(statusText(*m_window), QString());
 }
 
 void tst_WindowReports::warningReports()

@@ -117,7 +117,7 @@ void tst_WindowScenarioSafety::nothingIsAskedDuringAnUpdate()
     load(QStringLiteral("second"));
     QVERIFY(m_illuminator->waitForCommand("shutter:405=0"));
     QVERIFY(QTest::qWaitFor([this] { return m_window->device()->waitWhileBusy() == DeviceResult::Ok; }));
-    const Update::Run run(*m_window->update());
+    const Update::InProgress run(*m_window->update());
     const int asked = m_illuminator->bench().count("shutter?");
     QVERIFY(!QTest::qWaitFor([&] { return m_illuminator->bench().count("shutter?") > asked; }, 1000));
 }

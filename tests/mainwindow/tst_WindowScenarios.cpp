@@ -285,7 +285,7 @@ void tst_WindowScenarios::closesAnOpeningThatIsNotReportedYet()
 void tst_WindowScenarios::refusedByAnUpdate()
 {
     QVERIFY(keepScenario(QStringLiteral("B"), lastFour));
-    const Update::Run run(*m_window->update());
+    const Update::InProgress run(*m_window->update());
     load(QStringLiteral("B"));
     QCOMPARE(m_dialogs->dialogs(), 0);
     QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
@@ -301,7 +301,7 @@ void tst_WindowScenarios::updateThatBeginsWhileItWaits()
     QVERIFY(loadHalf());
     QVERIFY(m_illuminator->settle(*m_window));
     m_illuminator->clearCommands();
-    const Update::Run run(*m_window->update());
+    const Update::InProgress run(*m_window->update());
     m_illuminator->shutters = allClosed;
     QTRY_VERIFY(m_boxes->sawOneWarning(refusalsBegin + QStringLiteral("528nm, 555nm, 640nm, 730nm:\n") +
                                        QStringLiteral("Firmware update in progress.")));

@@ -227,7 +227,7 @@ void tst_WindowShutters::failureIsTold()
 void tst_WindowShutters::updateRefuses()
 {
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QTest::mouseClick(button(1), Qt::LeftButton);
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
     }

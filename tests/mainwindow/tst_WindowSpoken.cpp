@@ -20,6 +20,7 @@ class tst_WindowSpoken : public ConnectedWindowTest
 private slots:
     void cleanup() { removeWindow(); }
     void beforeTheFirstConnection();
+    void channelsTellTheirNames();
     void liveTexts_data();
     void liveTexts();
     void statusBar();
@@ -42,6 +43,24 @@ void tst_WindowSpoken::beforeTheFirstConnection()
     QCOMPARE(description("labelNecselFiber"), QStringLiteral("Dark"));
     QCOMPARE(description("labelNovalumFiber"), QStringLiteral("Dark"));
     QCOMPARE(name("labelLaserStatusText"), QStringLiteral("Disconnected"));
+}
+
+void tst_WindowSpoken::channelsTellTheirNames()
+{
+    m_bench = std::make_unique<WindowBench>();
+    m_window = m_bench->start();
+    const Column channel(*m_window, 3);
+    const QList<QWidget*> parts{channel.percentage, channel.arrows, channel.slider, channel.shutter};
+    for (const QString& name : {QStringLiteral("470nm"), QStringLiteral("<b>DAPI</b> %1"), QString()}) {
+        channel.name->setText(name);
+        for (QWidget* part : parts) {
+            QVERIFY(spoken(part, QAccessible::Name).startsWith(QLatin1String("Channel 3")));
+            QVERIFY(!part->toolTip().isEmpty());
+            QCOMPARE(
+                spoken(part, QAccessible::Description),
+                QString((name.isEmpty() ? name : QString(name + QLatin1String(". "))) + part->toolTip()));
+        }
+    }
 }
 
 void tst_WindowSpoken::liveTexts_data()

@@ -329,7 +329,7 @@ void tst_WindowStart::closingTheDialogDuringAnUpdateDoesNot()
     window->device()->setPolling(false);
     QCOMPARE(window->device()->waitWhileBusy(), 0);
     const int polls = illuminator.bench().count("f_mode?");
-    const Update::Run run(*window->update());
+    const Update::InProgress run(*window->update());
     window->settingsDialog()->show();
     window->settingsDialog()->close();
     QVERIFY(!illuminator.bench().waitForLine("f_mode?", polls + 2, std::chrono::milliseconds(700)));

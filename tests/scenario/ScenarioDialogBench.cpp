@@ -1,26 +1,21 @@
 #include "scenario/ScenarioDialogBench.h"
 
-bool ScenarioDialogTest::buildStore()
+void ScenarioDialogTest::begin()
 {
-    m_warnings = std::make_unique<WarningWatch>();
-    m_home = std::make_unique<QTemporaryDir>();
-    m_store =
-        std::make_unique<QSettings>(m_home->filePath(QStringLiteral("store.conf")), QSettings::IniFormat);
+    buildStore();
+    m_store = openStore();
     m_scenario = std::make_unique<Scenario>(nullptr, m_store.get());
     m_boxes = std::make_unique<BoxAnswerer>();
-    return m_home->isValid();
 }
 
-QStringList ScenarioDialogTest::removeStore()
+void ScenarioDialogTest::end()
 {
     m_finished.reset();
     m_dialog.reset();
     m_boxes.reset();
     m_scenario.reset();
     m_store.reset();
-    QStringList warnings = m_warnings->messages();
-    m_warnings.reset();
-    return warnings;
+    removeStore();
 }
 
 bool ScenarioDialogTest::build(int mode, const QStringList& names)

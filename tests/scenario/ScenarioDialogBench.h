@@ -2,8 +2,8 @@
 
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDialog.h"
+#include "scenario/ScenarioStoreTest.h"
 #include "support/BoxAnswerer.h"
-#include "support/WarningWatch.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>
@@ -11,20 +11,18 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 
 /// A scenario dialog that is open, with a store of its own and somebody who answers its boxes.
-class ScenarioDialogTest : public QObject
+class ScenarioDialogTest : public ScenarioStoreTest
 {
     Q_OBJECT
 
 protected:
-    bool buildStore();
-    /// What was warned of meanwhile.
-    QStringList removeStore();
+    void begin();
+    void end();
     bool build(int mode, const QStringList& names = {});
     template<typename Widget>
     Widget* find(const char* name) const
@@ -47,8 +45,6 @@ protected:
         return !m_dialog->isVisible() && m_finished->size() == 1 && m_finished->first().first() == int(code);
     }
 
-    std::unique_ptr<WarningWatch> m_warnings;
-    std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<QSettings> m_store;
     std::unique_ptr<Scenario> m_scenario;
     std::unique_ptr<ScenarioDialog> m_dialog;

@@ -1,20 +1,21 @@
 #include "mainwindow/channel.h"
 #include "scenario/Scenario.h"
+#include "scenario/ScenarioStoreTest.h"
 
 #include <QElapsedTimer>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 
 /// The channel container and the list of scenario names.
-class tst_Scenario : public QObject
+class tst_Scenario : public ScenarioStoreTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { buildStore(); }
+    void cleanup() { removeStore(); }
     void lookup_data();
     void lookup();
     void slotsStoreInTheGivenChannel();
@@ -32,21 +33,8 @@ private slots:
     void manyNames();
 
 private:
-    std::unique_ptr<QSettings> openStore() const
-    {
-        return std::make_unique<QSettings>(m_home->filePath(QStringLiteral("store.ini")),
-                                           QSettings::IniFormat);
-    }
-
-    std::unique_ptr<QTemporaryDir> m_home;
     int m_destroyed = 0;
 };
-
-void tst_Scenario::init()
-{
-    m_home = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_home->isValid());
-}
 
 void tst_Scenario::lookup_data()
 {

@@ -1,14 +1,12 @@
 #include "mainwindow/SettingsStore.h"
 #include "scenario/Scenario.h"
-#include "scenario/ScenarioSamples.h"
+#include "scenario/ScenarioStoreTest.h"
 #include "support/FileSizeLimit.h"
 
 #include <QDir>
 #include <QFile>
 #include <QHash>
-#include <QRandomGenerator>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
@@ -16,8 +14,6 @@
 #include <memory>
 
 namespace {
-constexpr quint32 seed = 20'240'229;
-
 QString keyOf(const QString& name, int number, const char* key)
 {
     return scenarioGroup(name) + QStringLiteral("/Channel%1/").arg(number) + QLatin1String(key);
@@ -35,12 +31,13 @@ QHash<QString, QVariant> contentOf(QSettings& store)
 } // namespace
 
 /// Scenarios in a store that is damaged or cannot be written.
-class tst_ScenarioDamage : public QObject
+class tst_ScenarioDamage : public ScenarioStoreTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { buildStore(); }
+    void cleanup() { removeStore(); }
     void missingKey_data();
     void missingKey();
     void missingChannel();
@@ -52,31 +49,7 @@ private slots:
     void fullDisk_data();
     void fullDisk();
     void unwritableFileThatBecomesWritable();
-
-private:
-    std::unique_ptr<QSettings> openStore() const
-    {
-        return std::make_unique<QSettings>(m_fileName, QSettings::IniFormat);
-    }
-    QByteArray fileContent() const
-    {
-        QFile file(m_fileName);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    ScenarioValues sample() { return randomValues(m_random); }
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    QString m_fileName;
-    QRandomGenerator m_random;
 };
-
-void tst_ScenarioDamage::init()
-{
-    m_home = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_home->isValid());
-    m_fileName = m_home->filePath(QStringLiteral("store.conf"));
-    m_random.seed(seed);
-}
 
 void tst_ScenarioDamage::missingKey_data()
 {

@@ -14,8 +14,8 @@ class tst_ScenarioDialog : public ScenarioDialogTest
     Q_OBJECT
 
 private slots:
-    void init() { QVERIFY(buildStore()); }
-    void cleanup() { QCOMPARE(removeStore(), QStringList()); }
+    void init() { begin(); }
+    void cleanup() { end(); }
     void modes_data();
     void modes();
     void everyControlIsNamed();

@@ -8,8 +8,8 @@ class tst_ScenarioDialogAnswers : public ScenarioDialogTest
     Q_OBJECT
 
 private slots:
-    void init() { QVERIFY(buildStore()); }
-    void cleanup() { QCOMPARE(removeStore(), QStringList()); }
+    void init() { begin(); }
+    void cleanup() { end(); }
     void saveWithoutName();
     void saveNewName_data();
     void saveNewName();

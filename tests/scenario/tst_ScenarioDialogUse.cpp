@@ -1,14 +1,13 @@
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDialog.h"
+#include "scenario/ScenarioStoreTest.h"
 #include "support/BoxAnswerer.h"
-#include "support/WarningWatch.h"
 
 #include <QApplication>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -16,7 +15,7 @@
 #include <memory>
 
 /// The scenario dialog as it is run by its caller: by keyboard alone, and with windows that go too early.
-class tst_ScenarioDialogUse : public QObject
+class tst_ScenarioDialogUse : public ScenarioStoreTest
 {
     Q_OBJECT
 
@@ -50,27 +49,22 @@ private:
         QTest::keyClick(QApplication::focusWidget(), which, modifiers);
     }
 
-    std::unique_ptr<WarningWatch> m_warnings;
-    std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<QSettings> m_store;
     std::unique_ptr<Scenario> m_scenario;
 };
 
 void tst_ScenarioDialogUse::init()
 {
-    m_warnings = std::make_unique<WarningWatch>();
-    m_home = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_home->isValid());
-    m_store =
-        std::make_unique<QSettings>(m_home->filePath(QStringLiteral("store.conf")), QSettings::IniFormat);
+    buildStore();
+    m_store = openStore();
     m_scenario = std::make_unique<Scenario>(nullptr, m_store.get());
 }
 
 void tst_ScenarioDialogUse::cleanup()
 {
     m_scenario.reset();
-    QCOMPARE(m_warnings->messages(), QStringList());
-    m_warnings.reset();
+    m_store.reset();
+    removeStore();
 }
 
 tst_ScenarioDialogUse::Answer tst_ScenarioDialogUse::run(int mode,

@@ -1,13 +1,11 @@
 #include "scenario/Scenario.h"
-#include "scenario/ScenarioSamples.h"
+#include "scenario/ScenarioStoreTest.h"
 
 #include <QByteArray>
 #include <QFile>
 #include <QHash>
-#include <QRandomGenerator>
 #include <QSet>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -17,17 +15,14 @@
 
 Q_DECLARE_METATYPE(ScenarioChannel)
 
-namespace {
-constexpr quint32 seed = 20'240'229;
-} // namespace
-
 /// What is kept under the name of a scenario: complete and as it was, or not at all.
-class tst_ScenarioValues : public QObject
+class tst_ScenarioValues : public ScenarioStoreTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { buildStore(); }
+    void cleanup() { removeStore(); }
     void equality_data();
     void equality();
     void keysAndTypes();
@@ -39,31 +34,7 @@ private slots:
     void randomValuesComeBack();
     void limitsComeBack();
     void overwriting();
-
-private:
-    std::unique_ptr<QSettings> openStore() const
-    {
-        return std::make_unique<QSettings>(m_fileName, QSettings::IniFormat);
-    }
-    QByteArray contentOfFile() const
-    {
-        QFile file(m_fileName);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    ScenarioValues sample() { return randomValues(m_random); }
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    QString m_fileName;
-    QRandomGenerator m_random;
 };
-
-void tst_ScenarioValues::init()
-{
-    m_home = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_home->isValid());
-    m_fileName = m_home->filePath(QStringLiteral("store.conf"));
-    m_random.seed(seed);
-}
 
 void tst_ScenarioValues::equality_data()
 {
@@ -144,7 +115,7 @@ void tst_ScenarioValues::hostileNamesKeepTheirOwnValues()
         }
     }
     // Beyond ASCII the builds against Qt 5 and Qt 6 would read different texts from the same bytes.
-    const QByteArray content = contentOfFile();
+    const QByteArray content = fileContent();
     QVERIFY(!content.isEmpty());
     QVERIFY(std::all_of(content.begin(), content.end(),
                         [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }));

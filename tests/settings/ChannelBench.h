@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/KeepingUnit.h"
 #include "settings/LoneDialogTest.h"
 #include "support/BoxAnswerer.h"
 
@@ -10,74 +11,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
-
-#include <functional>
-
-/// A unit that keeps its identity and its records as the real one does, and does what a test makes it do.
-struct KeepingUnit
-{
-    QByteArray image = "Loader V1.5.0";
-    QByteArray product = "vyr_hw_ver=1.2.3,vyr_pn=PN-7,vyr_sn=SN-1,necsel_laser_sn=N55,novalum_sn=V88";
-    QByteArray channels = QByteArray(channelConfigSize, '\0');
-    bool channelsValid = true;
-    QHash<QByteArray, QByteArray> odd; ///< answers to lines that begin like this; an empty one is silence
-    std::function<void(const QByteArray&)> heard; ///< is called with each line before its answer
-    std::chrono::milliseconds thinkTime{0};
-
-    std::optional<Simulator::Answer> answer(const QByteArray& line)
-    {
-        if (line.isEmpty()) {
-            return std::nullopt;
-        }
-        if (heard) {
-            heard(line);
-        }
-        for (auto it = odd.constBegin(); it != odd.constEnd(); ++it) {
-            if (line.startsWith(it.key())) {
-                return Simulator::Answer{it->isEmpty() ? *it : QByteArray(*it + '\n'), thinkTime};
-            }
-        }
-        return Simulator::Answer{reply(line) + '\n', thinkTime};
-    }
-
-    /// One column's twelve bytes of the record.
-    QByteArray entry(int column) const { return channels.mid(4 + 12 * column, 12); }
-    void setEntry(int column, const QByteArray& bytes) { channels.replace(4 + 12 * column, 12, bytes); }
-
-private:
-    QByteArray reply(const QByteArray& line)
-    {
-        const QHash<QByteArray, QByteArray> fixed{{"v", image},
-                                                  {"v?a", "VYRApp V2.7.0"},
-                                                  {"v?l", "Loader V1.5.0"},
-                                                  {"isloadervalid", "Yes"},
-                                                  {"isappvalid", "Yes"},
-                                                  {"issysconfigvalid", "Yes"},
-                                                  {"ischanconfigvalid", channelsValid ? "Yes" : "No"},
-                                                  {"necsel_controller_ver", "necsel_controller_ver=3.4.1"},
-                                                  {"necsel_controller_sn", "necsel_controller_sn=77"},
-                                                  {"prod_config", "prod_config:" + product},
-                                                  {"chan_config", "chan_config:" + channels.toHex()},
-                                                  {"f_mode?", "f_mode=idle"}};
-        if (line == "goloader" || line == "goapp") {
-            image = line == "goapp" ? "VYRApp V2.7.0" : "Loader V1.5.0";
-        } else if (line.startsWith("prod_config:")) {
-            product = line.mid(12);
-        } else if (line.startsWith("rf:")) {
-            return "rf:" + QByteArray(2 * line.split(' ').value(2).toInt(), '0');
-        } else if (line.startsWith("wf:S2")) {
-            const QByteArray bytes = QByteArray::fromHex(line.mid(5)).leftJustified(5, '\0');
-            constexpr int start = 0x0198; // the low two bytes of the address
-            const int offset = quint8(bytes.at(2)) * 256 + quint8(bytes.at(3)) - start;
-            if (offset < 0 || offset + bytes.size() - 5 > channels.size()) {
-                return "ERROR";
-            }
-            channels.replace(offset, bytes.size() - 5, bytes.mid(4, bytes.size() - 5));
-            return "Wrote";
-        }
-        return fixed.value(line, "ok");
-    }
-};
 
 /// The settings dialog at service level with a unit that keeps records.
 class ChannelDialogTest : public LoneDialogTest
@@ -129,6 +62,16 @@ protected:
     QLineEdit* color(int column) const { return cell<QLineEdit>(3, column); }
     QCheckBox* secondary(int column) const { return cell<QCheckBox>(4, column); }
     QComboBox* primary(int column) const { return cell<QComboBox>(5, column); }
+    /// All that the column shows, from the top.
+    QStringList texts(int column) const
+    {
+        return {QString::number(enabled(column)->isChecked()),
+                laser(column)->currentText(),
+                name(column)->text(),
+                color(column)->text(),
+                QString::number(secondary(column)->isChecked()),
+                primary(column)->currentText()};
+    }
     /// The lines that write, in order.
     QList<QByteArray> written() const
     {
@@ -151,13 +94,8 @@ protected:
     /// The one box that tells of a write without faults.
     bool sawDone(const BoxAnswerer& boxes) const
     {
-        if (boxes.boxes().size() != 1) {
-            return false;
-        }
-        const BoxAnswerer::Box& box = boxes.boxes().first();
-        return box.title.isEmpty() && box.text == QStringLiteral("Device configuration updated") &&
-               box.icon == QMessageBox::Information && box.buttons == QMessageBox::Ok &&
-               box.textFormat == Qt::PlainText && box.parent == m_dialog.get();
+        return boxes.sawOneInformation(QStringLiteral("Device configuration updated")) &&
+               boxes.boxes().first().parent == m_dialog.get();
     }
 
     KeepingUnit m_unit;

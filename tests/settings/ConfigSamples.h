@@ -32,6 +32,33 @@ inline SystemConfigTexts allCells(const QString& text)
     return texts;
 }
 
+/// Values as they occur, of every length, and none alike; all of them survive device and file.
+inline SystemConfigTexts likelyTexts()
+{
+    SystemConfigTexts texts;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const SystemConfigField& field = systemConfigFields().at(i);
+        const int number = int(i);
+        switch (field.type) {
+        case SystemConfigField::RecordType::Real:
+            texts[i] = number % 2 == 0 ? realText(-1.23457e-05 * (number + 1)) : realText(0.25 * number + 20);
+            break;
+        case SystemConfigField::RecordType::Unsigned8:
+            texts[i] = QString::number(255 - number);
+            break;
+        case SystemConfigField::RecordType::Unsigned16:
+            texts[i] = QString::number(65535 - number);
+            break;
+        case SystemConfigField::RecordType::Signed16:
+            texts[i] = QString::number(-32768 + number);
+            break;
+        }
+    }
+    // A file gives the over-temperature back as a whole number.
+    texts.back() = QStringLiteral("85");
+    return texts;
+}
+
 /// Chance that is the same in every run: a failure can be repeated.
 class Chance
 {

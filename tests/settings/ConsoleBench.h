@@ -1,7 +1,7 @@
 #pragma once
 
 #include "settings/Console.h"
-#include "support/WarningWatch.h"
+#include "support/WatchedTest.h"
 
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -11,12 +11,12 @@
 #include <memory>
 
 /// What a test of the terminal begins with: one on the screen, what it announces recorded, warnings watched.
-class ConsoleTest : public QObject
+class ConsoleTest : public WatchedTest
 {
 protected:
     void buildConsole()
     {
-        m_warnings = std::make_unique<WarningWatch>();
+        beginWatch();
         m_console = std::make_unique<Console>();
         m_console->resize(400, 200);
         m_keys = std::make_unique<QSignalSpy>(m_console.get(), &Console::getData);
@@ -28,8 +28,7 @@ protected:
     {
         m_keys.reset();
         m_console.reset();
-        QCOMPARE(WarningWatch::messages(), QStringList());
-        m_warnings.reset();
+        endWatch();
     }
 
     QByteArray sent() const
@@ -52,7 +51,6 @@ protected:
         return m_console->verticalScrollBar()->value() == m_console->verticalScrollBar()->maximum();
     }
 
-    std::unique_ptr<WarningWatch> m_warnings;
     std::unique_ptr<Console> m_console;
     std::unique_ptr<QSignalSpy> m_keys;
 };

@@ -142,6 +142,12 @@ int LineRecorder::count(const QByteArray& text) const
     return int(timesOf(text).size());
 }
 
+int LineRecorder::countBeginning(const QByteArray& beginning) const
+{
+    return int(std::count_if(m_lines.begin(), m_lines.end(),
+                             [&beginning](const Line& line) { return line.text.startsWith(beginning); }));
+}
+
 QList<std::chrono::milliseconds> LineRecorder::timesOf(const QByteArray& text) const
 {
     QList<std::chrono::milliseconds> times;

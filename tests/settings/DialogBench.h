@@ -80,6 +80,7 @@ public:
     explicit LineRecorder(Simulator::Wire& wire);
 
     int count(const QByteArray& text) const;
+    int countBeginning(const QByteArray& beginning) const;
     QList<std::chrono::milliseconds> timesOf(const QByteArray& text) const;
     QList<QByteArray> texts() const;
     void clear() { m_lines.clear(); }

@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <utility>
+
 /// Answers every file dialog that opens while it lives with the next of its names, or cancels it where that
 /// one is empty or there is none left, and remembers what each looked like.
 class FileChooser
@@ -23,7 +25,7 @@ public:
         QString name; ///< that it proposes
     };
 
-    explicit FileChooser(const QStringList& pathNames = {}) : m_pathNames(pathNames)
+    explicit FileChooser(QStringList pathNames = {}) : m_pathNames(std::move(pathNames))
     {
         QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
         m_timer.start(lookEveryMs);

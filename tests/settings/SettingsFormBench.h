@@ -1,6 +1,5 @@
 #pragma once
 
-#include "support/WarningWatch.h"
 #include "ui_SettingsDialog.h"
 
 #include <QDialog>
@@ -67,12 +66,8 @@ public:
         return found;
     }
 
-    /// The framework's warnings so far.
-    static QStringList warnings() { return WarningWatch::messages(); }
-
 private:
-    WarningWatch m_watch;
     QFont m_font;
     QDialog m_dialog;
-    Ui::SettingsDialog m_ui;
+    Ui::SettingsDialog m_ui{};
 };

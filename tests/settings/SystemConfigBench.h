@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/Device.h"
+#include "settings/ConfigSamples.h"
 #include "settings/DialogBench.h"
 #include "settings/SystemConfigRecord.h"
 #include "support/BoxAnswerer.h"
@@ -76,6 +77,10 @@ protected:
         records().setBytes(Record::System,
                            QByteArray(reinterpret_cast<const char*>(record.data()), systemConfigSize));
     }
+    void setDeviceTexts(const SystemConfigTexts& texts) const
+    {
+        setDeviceRecord(SystemConfigRecord::fromTexts(texts, deviceRecord()));
+    }
     /// With everything read that connecting reads.
     bool switchTo(DeviceMode mode)
     {
@@ -96,13 +101,7 @@ protected:
         illuminator().unplug();
         return QTest::qWaitFor([this] { return !m_window->device()->isOpen(); });
     }
-    int countBeginning(const QByteArray& beginning) const
-    {
-        const QList<QByteArray> lines = m_lines->texts();
-        return int(std::count_if(lines.begin(), lines.end(), [&beginning](const QByteArray& line) {
-            return line.startsWith(beginning);
-        }));
-    }
+    int countBeginning(const QByteArray& beginning) const { return m_lines->countBeginning(beginning); }
     bool buttonsAre(bool enabled) const
     {
         const QStringList kinds{QStringLiteral("Get"), QStringLiteral("Set"), QStringLiteral("Load"),
@@ -112,35 +111,14 @@ protected:
             return m_hand->part<QPushButton>(name.constData())->isEnabled() == enabled;
         });
     }
+    /// The one box that tells of a write without faults.
+    bool sawDone(const BoxAnswerer& boxes) const
+    {
+        return boxes.sawOneInformation(QStringLiteral("System configuration updated")) &&
+               boxes.boxes().first().parent == &m_hand->dialog();
+    }
     void get() const { m_hand->click("pushButtonGetSystemConfigData"); }
     void set() const { m_hand->click("pushButtonSetSystemConfigData"); }
     void load() const { m_hand->click("pushButtonLoadSystemConfigData"); }
     void save() const { m_hand->click("pushButtonSaveSystemConfigData"); }
 };
-
-/// Values as they occur, of every length, and none alike; all of them survive device and file.
-inline SystemConfigTexts likelyTexts()
-{
-    SystemConfigTexts texts;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        const SystemConfigField& field = systemConfigFields().at(i);
-        const int number = int(i);
-        switch (field.type) {
-        case SystemConfigField::RecordType::Real:
-            texts[i] = number % 2 == 0 ? realText(-1.23457e-05 * (number + 1)) : realText(0.25 * number + 20);
-            break;
-        case SystemConfigField::RecordType::Unsigned8:
-            texts[i] = QString::number(255 - number);
-            break;
-        case SystemConfigField::RecordType::Unsigned16:
-            texts[i] = QString::number(65535 - number);
-            break;
-        case SystemConfigField::RecordType::Signed16:
-            texts[i] = QString::number(-32768 + number);
-            break;
-        }
-    }
-    // A file gives the over-temperature back as a whole number.
-    texts.back() = QStringLiteral("85");
-    return texts;
-}

@@ -4,7 +4,23 @@
 #include <QAbstractItemView>
 #include <QWheelEvent>
 
+#include <algorithm>
+#include <array>
+
 namespace {
+/// The types that bring a name and a colour of their own, in the drop-down's order.
+QStringList types()
+{
+    return QStringLiteral("405 445 470 520 528 555 640 730").split(QLatin1Char(' '));
+}
+
+QString usualColour(const QString& type)
+{
+    const QStringList colours =
+        QStringLiteral("4900bc 0019ff 0099ff 24ff00 41ff00 a3ff00 ff1300 bc0000").split(QLatin1Char(' '));
+    return colours.value(types().indexOf(type));
+}
+
 /// What the mouse does to a drop-down: the list opens, the entry is clicked, and it counts as chosen even
 /// when it is the one that was.
 void choose(QComboBox* box, int index)
@@ -24,7 +40,11 @@ class tst_ChannelConfigTable : public ChannelDialogTest
     Q_OBJECT
 
 private slots:
-    void initTestCase() { applyLook(*qApp); }
+    void initTestCase()
+    {
+        applyColours();
+        applyStyleSheet(*qApp);
+    }
     void init() { buildDialog(); }
     void cleanup() { removeRoom(); }
     void freshColumn_data();
@@ -39,10 +59,6 @@ private slots:
     void enabledRule();
     void secondaryRule();
     void primaryChangesNothing();
-    void loadedType_data();
-    void loadedType();
-    void loadedFlags_data();
-    void loadedFlags();
     void limitsOfTheFields_data();
     void limitsOfTheFields();
     void keyboardAlone();
@@ -51,30 +67,25 @@ private slots:
     void largeType();
 
 private:
-    QStringList texts(int column) const;
+    /// The cells that go with the first one alone; the last one has a rule of its own.
+    bool areUsable(int column, bool usable) const;
 };
 
-/// All that the column shows.
-QStringList tst_ChannelConfigTable::texts(int column) const
+bool tst_ChannelConfigTable::areUsable(int column, bool usable) const
 {
-    return {QString::number(enabled(column)->isChecked()),
-            laser(column)->currentText(),
-            name(column)->text(),
-            color(column)->text(),
-            QString::number(secondary(column)->isChecked()),
-            primary(column)->currentText()};
+    const std::array<QWidget*, 4> cells{laser(column), name(column), color(column), secondary(column)};
+    return std::all_of(cells.begin(), cells.end(),
+                       [usable](const QWidget* cell) { return cell->isEnabled() == usable; });
 }
 
 void tst_ChannelConfigTable::freshColumn_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("colour");
-    const QStringList types = QStringLiteral("445 520 730 640 405 470 528 555").split(QLatin1Char(' '));
-    const QStringList colours =
-        QStringLiteral("0019ff 24ff00 bc0000 ff1300 4900bc 0099ff 41ff00 a3ff00").split(QLatin1Char(' '));
-    for (int i = 0; i < types.size(); ++i) {
-        QTest::addRow("%d", i + 1) << i << types.at(i) << colours.at(i);
+    int column = 0;
+    for (const char* type : {"445", "520", "730", "640", "405", "470", "528", "555"}) {
+        QTest::addRow("%d", column + 1) << column << QString::fromLatin1(type);
+        ++column;
     }
 }
 
@@ -82,17 +93,15 @@ void tst_ChannelConfigTable::freshColumn()
 {
     QFETCH(int, column);
     QFETCH(QString, type);
-    QFETCH(QString, colour);
     QCOMPARE(table()->horizontalHeaderItem(column)->text(), QString::number(column + 1));
-    QCOMPARE(texts(column), QStringList({QStringLiteral("1"), type, type, colour, QStringLiteral("0"),
-                                         QStringLiteral("1")}));
-    QVERIFY(laser(column)->isEnabled() && name(column)->isEnabled() && color(column)->isEnabled());
-    QVERIFY(secondary(column)->isEnabled() && !primary(column)->isEnabled());
-    QStringList types;
+    QCOMPARE(texts(column), QStringList({QStringLiteral("1"), type, type, usualColour(type),
+                                         QStringLiteral("0"), QStringLiteral("1")}));
+    QVERIFY(areUsable(column, true) && !primary(column)->isEnabled());
+    QStringList offered;
     for (int i = 0; i < laser(column)->count(); ++i) {
-        types.append(laser(column)->itemText(i));
+        offered.append(laser(column)->itemText(i));
     }
-    QCOMPARE(types.join(QLatin1Char(' ')), QStringLiteral("405 445 470 520 528 555 640 730 custom"));
+    QCOMPARE(offered, types() << QStringLiteral("custom"));
     QCOMPARE(primary(column)->count(), 8);
     QCOMPARE(primary(column)->itemText(7), QStringLiteral("8"));
     QVERIFY(!name(column)->hasFrame() && !color(column)->hasFrame());
@@ -136,29 +145,24 @@ void tst_ChannelConfigTable::cellsAreToldApart()
 
 void tst_ChannelConfigTable::typeFillsIn_data()
 {
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("usualName");
-    QTest::addColumn<QString>("usualColour");
-    const QStringList types = QStringLiteral("405 445 470 520 528 555 640 730").split(QLatin1Char(' '));
-    const QStringList colours =
-        QStringLiteral("4900bc 0019ff 0099ff 24ff00 41ff00 a3ff00 ff1300 bc0000").split(QLatin1Char(' '));
-    for (int i = 0; i < types.size(); ++i) {
-        QTest::newRow(qPrintable(types.at(i))) << i << types.at(i) << colours.at(i);
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("type");
+    for (int i = 0; i < types().size(); ++i) {
+        QTest::newRow(qPrintable(types().at(i))) << i << types().at(i);
     }
 }
 
 void tst_ChannelConfigTable::typeFillsIn()
 {
-    QFETCH(int, type);
-    QFETCH(QString, usualName);
-    QFETCH(QString, usualColour);
+    QFETCH(int, index);
+    QFETCH(QString, type);
     const QStringList others = texts(2);
     choose(laser(1), 8);
     name(1)->setText(QStringLiteral("mine"));
     color(1)->setText(QStringLiteral("123456"));
-    choose(laser(1), type);
-    QCOMPARE(name(1)->text(), usualName);
-    QCOMPARE(color(1)->text(), usualColour);
+    choose(laser(1), index);
+    QCOMPARE(name(1)->text(), type);
+    QCOMPARE(color(1)->text(), usualColour(type));
     QCOMPARE(texts(2), others);
 }
 
@@ -195,14 +199,10 @@ void tst_ChannelConfigTable::enabledRule()
     }
     const QStringList before = texts(3);
     enabled(3)->click();
-    for (QWidget* widget :
-         std::initializer_list<QWidget*>{laser(3), name(3), color(3), secondary(3), primary(3)}) {
-        QVERIFY2(!widget->isEnabled(), qPrintable(widget->objectName()));
-    }
+    QVERIFY(areUsable(3, false) && !primary(3)->isEnabled());
     QVERIFY(enabled(3)->isEnabled() && laser(2)->isEnabled() && laser(4)->isEnabled());
     enabled(3)->click();
-    QVERIFY(laser(3)->isEnabled() && name(3)->isEnabled() && color(3)->isEnabled() &&
-            secondary(3)->isEnabled());
+    QVERIFY(areUsable(3, true));
     QCOMPARE(primary(3)->isEnabled(), isSecondary);
     QCOMPARE(texts(3), before);
 }
@@ -225,68 +225,6 @@ void tst_ChannelConfigTable::primaryChangesNothing()
     before.last() = QStringLiteral("4");
     QCOMPARE(texts(5), before);
     QVERIFY(primary(5)->isEnabled());
-}
-
-void tst_ChannelConfigTable::loadedType_data()
-{
-    QTest::addColumn<int>("byte");
-    QTest::addColumn<int>("shown");
-    for (int type = 0; type <= 8; ++type) {
-        QTest::addRow("%d", type) << type << type;
-    }
-    QTest::newRow("one too many") << 9 << 8;
-    QTest::newRow("far too many") << 255 << 8;
-}
-
-void tst_ChannelConfigTable::loadedType()
-{
-    QFETCH(int, byte);
-    QFETCH(int, shown);
-    m_unit.setEntry(4, QByteArray("\x01", 1) + char(byte) + "b\xfc" + QByteArray(2, '\0') + "\x01\xab\xf0" +
-                           QByteArray(3, '\0'));
-    connectUnit();
-    QTRY_COMPARE(laser(4)->currentIndex(), shown);
-    // A type that was loaded does not fill in what is usual for it.
-    QCOMPARE(name(4)->text(), QStringLiteral("bü"));
-    QCOMPARE(color(4)->text(), QStringLiteral("01abf0"));
-    // An empty entry is shown as such.
-    QCOMPARE(texts(3), QStringList({QStringLiteral("0"), QStringLiteral("405"), QString(),
-                                    QStringLiteral("000000"), QStringLiteral("0"), QStringLiteral("1")}));
-}
-
-void tst_ChannelConfigTable::loadedFlags_data()
-{
-    QTest::addColumn<int>("enabledByte");
-    QTest::addColumn<int>("secondaryByte");
-    QTest::addColumn<int>("primaryByte");
-    QTest::addColumn<QString>("shownPrimary");
-    QTest::newRow("off") << 0 << 0 << 0 << QStringLiteral("1");
-    QTest::newRow("on") << 1 << 0 << 3 << QStringLiteral("4");
-    QTest::newRow("secondary") << 1 << 1 << 7 << QStringLiteral("8");
-    QTest::newRow("secondary, off") << 0 << 1 << 2 << QStringLiteral("3");
-    QTest::newRow("primary beyond") << 1 << 1 << 8 << QStringLiteral("1");
-    QTest::newRow("all ones") << 255 << 255 << 255 << QStringLiteral("1");
-}
-
-void tst_ChannelConfigTable::loadedFlags()
-{
-    QFETCH(int, enabledByte);
-    QFETCH(int, secondaryByte);
-    QFETCH(int, primaryByte);
-    QFETCH(QString, shownPrimary);
-    QByteArray entry(12, '\0');
-    entry[0] = char(enabledByte);
-    entry[9] = char(secondaryByte);
-    entry[10] = char(primaryByte);
-    m_unit.setEntry(7, entry);
-    connectUnit();
-    QTRY_COMPARE(name(7)->text(), QString());
-    QCOMPARE(enabled(7)->isChecked(), enabledByte != 0);
-    QCOMPARE(secondary(7)->isChecked(), secondaryByte != 0);
-    QCOMPARE(primary(7)->currentText(), shownPrimary);
-    QCOMPARE(laser(7)->isEnabled(), enabledByte != 0);
-    QCOMPARE(secondary(7)->isEnabled(), enabledByte != 0);
-    QCOMPARE(primary(7)->isEnabled(), enabledByte != 0 && secondaryByte != 0);
 }
 
 void tst_ChannelConfigTable::limitsOfTheFields_data()

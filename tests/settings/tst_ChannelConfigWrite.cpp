@@ -289,7 +289,7 @@ void tst_ChannelConfigWrite::refusedDuringAnUpdate()
     const BoxAnswerer boxes;
     const QSignalSpy told(m_update, &Update::actionRefused);
     {
-        const Update::Run run(*m_update);
+        const Update::InProgress run(*m_update);
         setButton();
     }
     QCOMPARE(told.size(), 1);

@@ -379,7 +379,7 @@ void tst_DialogAtWork::terminalIsSilentDuringAnUpdate()
     QTRY_COMPARE(m_window->device()->waitWhileBusy(), 0);
     m_lines->clear();
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         typeLine(QStringLiteral("run!"));
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
         QVERIFY(!QTest::qWaitFor([this] { return !m_lines->texts().isEmpty(); }, int(severalPolls.count())));

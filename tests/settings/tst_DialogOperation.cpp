@@ -332,7 +332,7 @@ void tst_DialogOperation::duringAnUpdate()
     QVERIFY(buildDialog());
     const bool sendsNothingAnyway = button == "pushButtonRestoreDefaults2";
     {
-        const Update::Run run(*m_window->update());
+        const Update::InProgress run(*m_window->update());
         QCOMPARE(statusText(*m_window), QStringLiteral("Firmware update in progress."));
         m_window->statusBar()->clearMessage();
         m_hand->click(button.constData());

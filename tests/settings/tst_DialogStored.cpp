@@ -248,7 +248,7 @@ void tst_DialogStored::portChoiceIsRefusedDuringAnUpdate()
     QVERIFY(m_hand->openAnew());
     const QString storedBefore = storedPort();
     const ChoiceSpy spy(m_hand->dialog());
-    const Update::Run run(*m_window->update());
+    const Update::InProgress run(*m_window->update());
     choosePortBelow();
     QCOMPARE(spy.choices(), QStringList());
     QCOMPARE(storedPort(), storedBefore);

@@ -106,7 +106,7 @@ void tst_IdentityFaults::nothingIsReadDuringAnUpdate()
 {
     connectUnit();
     m_illuminator->clearCommands();
-    const Update::Run run(*m_update);
+    const Update::InProgress run(*m_update);
     m_dialog->UpdateProductConfigDisplay();
     clickTab(QStringLiteral("System Info"));
     m_dialog->onDeviceConnected(m_device->portName());

@@ -40,7 +40,7 @@ SystemConfigBytes sixDigitRecord(Chance& chance)
     auto record = randomBytes<SystemConfigBytes>(chance);
     qToLittleEndian<quint32>(8, record.data() + 8);
     for (const SystemConfigField& field : systemConfigFields()) {
-        if (!field.isReal())
+        if (field.type != SystemConfigField::RecordType::Real)
             continue;
         const float value = chance.realText().toFloat();
         quint32 bits = 0;

@@ -170,7 +170,7 @@ void tst_SettingsDialog::nothingReceivedDuringAnUpdate()
     make(true);
     QByteArray bytes("Wrote\n");
     {
-        const Update::Run run(*m_update);
+        const Update::InProgress run(*m_update);
         m_dialog->receivedDataFromDevice(bytes);
         QCOMPARE(m_dialog->console()->toPlainText(), QString());
     }
@@ -210,7 +210,7 @@ void tst_SettingsDialog::pollingIsLeftAloneDuringAnUpdate()
     m_device->setPolling(false);
     QTRY_COMPARE(m_device->waitWhileBusy(), 0);
     const int polls = m_illuminator->bench().count("f_mode?");
-    const Update::Run run(*m_update);
+    const Update::InProgress run(*m_update);
     clickTab(QStringLiteral("Update"));
     QVERIFY(!m_illuminator->bench().waitForLine("f_mode?", polls + 2, silence));
 }

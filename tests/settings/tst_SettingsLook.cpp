@@ -1,6 +1,7 @@
 #include "Resources/Resources.h"
 #include "settings/SettingsFormBench.h"
 #include "support/Contrast.h"
+#include "support/WatchedTest.h"
 
 #include <QHelpEvent>
 #include <QScrollBar>
@@ -46,12 +47,18 @@ bool isCutOff(const QWidget& widget)
 
 /// How the form of the settings dialog looks in the program's colours, and how the keyboard and the wheel
 /// work in it.
-class tst_SettingsLook : public QObject
+class tst_SettingsLook : public WatchedTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { applyLook(*qApp); }
+    void initTestCase()
+    {
+        applyColours();
+        applyStyleSheet(*qApp);
+    }
+    void init() { beginWatch(); }
+    void cleanup() { endWatch(); }
     void identityIsWhite();
     void connectionStandsOut_data();
     void connectionStandsOut();

@@ -199,7 +199,7 @@ void tst_SettingsPages::commandDuringAnUpdateIsToldWithoutAPort()
     auto* const reset = part<QAbstractButton>("pushButtonSystemReset");
     reset->click();
     QCOMPARE(refused.size(), 0);
-    const Update::Run run(*m_update);
+    const Update::InProgress run(*m_update);
     reset->click();
     QCOMPARE(refused.size(), 1);
 }

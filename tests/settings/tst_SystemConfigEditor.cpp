@@ -4,8 +4,6 @@
 namespace {
 using namespace std::chrono_literals;
 const ConfigCell firstNecsel{ConfigTable::Necsel, 0, 0};
-const ConfigCell lastNovalum{ConfigTable::Novalum, novalumRowCount - 1, novalumChannelCount - 1};
-const QString updated = QStringLiteral("System configuration updated");
 const QString needsLoader = QStringLiteral("Device must be running loader for this command.");
 } // namespace
 
@@ -26,13 +24,6 @@ private slots:
     void whatIsNoNumberBecomesZero();
     void setKeepsWhatItDoesNotShow();
     void setReadsFirstWhatItDoesNotKnow();
-    void editsSurviveTheSwitch_data();
-    void editsSurviveTheSwitch();
-    void unchangedPageFollowsTheDevice();
-    void typedWhileItIsRead();
-    void anotherDeviceReplacesEdits();
-    void editsAfterFailedReadSurvive();
-    void typingInSettingIsNotLost();
     void secondClickStartsNothing_data();
     void secondClickStartsNothing();
     void nothingDuringAnUpdate();
@@ -40,23 +31,27 @@ private slots:
     void cellsAreEditedByKeyboard();
 
 private:
-    bool sawOne(const BoxAnswerer& boxes, QMessageBox::Icon icon, const QString& text) const;
+    bool sawWarning(const BoxAnswerer& boxes, const QString& text) const;
+    /// The lines that read or write the record, so far.
+    int transferLines() const;
 };
 
-bool tst_SystemConfigEditor::sawOne(const BoxAnswerer& boxes, QMessageBox::Icon icon,
-                                    const QString& text) const
+bool tst_SystemConfigEditor::sawWarning(const BoxAnswerer& boxes, const QString& text) const
 {
-    return boxes.boxes().size() == 1 && boxes.boxes().first().icon == icon &&
-           boxes.boxes().first().text == text && boxes.boxes().first().title.isEmpty() &&
-           boxes.boxes().first().buttons == QMessageBox::Ok &&
-           boxes.boxes().first().parent == &m_hand->dialog();
+    return boxes.sawOneWarning(text) && boxes.boxes().first().parent == &m_hand->dialog();
+}
+
+int tst_SystemConfigEditor::transferLines() const
+{
+    return countBeginning("rf:") + countBeginning("wf:") + m_lines->count("issysconfigvalid") +
+           m_lines->count("setsysconfigvalid");
 }
 
 void tst_SystemConfigEditor::getShowsTheDevice()
 {
     const SystemConfigTexts before = texts();
     QVERIFY(!before[0].isEmpty());
-    setDeviceRecord(SystemConfigRecord::fromTexts(likelyTexts(), deviceRecord()));
+    setDeviceTexts(likelyTexts());
     enter(before);
     item(firstNecsel)->setText(QStringLiteral("77"));
     QCOMPARE(texts()[1], before[1]);
@@ -105,14 +100,14 @@ void tst_SystemConfigEditor::setNeedsADevice()
     QVERIFY(unplug());
     const BoxAnswerer boxes;
     set();
-    QVERIFY(sawOne(boxes, QMessageBox::Warning, QStringLiteral("Please connect to device")));
+    QVERIFY(sawWarning(boxes, QStringLiteral("Please connect to device")));
 }
 
 void tst_SystemConfigEditor::setNeedsTheLoader()
 {
     const BoxAnswerer boxes;
     set();
-    QVERIFY(sawOne(boxes, QMessageBox::Warning, needsLoader));
+    QVERIFY(sawWarning(boxes, needsLoader));
     QCOMPARE(countBeginning("wf:"), 0);
     QCOMPARE(m_lines->count("setsysconfigvalid"), 0);
 }
@@ -124,7 +119,7 @@ void tst_SystemConfigEditor::setWritesEveryCell()
     enter(likelyTexts());
     const BoxAnswerer boxes;
     set();
-    QVERIFY(sawOne(boxes, QMessageBox::Information, updated));
+    QVERIFY(sawDone(boxes));
     QVERIFY(deviceRecord() == SystemConfigRecord::fromTexts(likelyTexts(), before));
     QVERIFY(records().isValid(Record::System));
     QCOMPARE(countBeginning("wf:"), 5);
@@ -137,16 +132,12 @@ void tst_SystemConfigEditor::setWritesEveryCell()
 void tst_SystemConfigEditor::whatIsNoNumberBecomesZero()
 {
     QVERIFY(switchTo(DeviceMode::Loader));
-    SystemConfigTexts zeros;
-    zeros.fill(QStringLiteral("0"));
     enter(likelyTexts());
-    for (std::size_t i = 0; i < zeros.size(); ++i) {
-        item(systemConfigFields().at(i).cell)->setText(QStringLiteral("abc"));
-    }
+    enter(allCells(QStringLiteral("abc")));
     const BoxAnswerer boxes;
     set();
     QCOMPARE(boxes.boxes().size(), 1);
-    QVERIFY(deviceTexts() == zeros);
+    QVERIFY(deviceTexts() == allCells(QStringLiteral("0")));
     // The table is the user's and is not corrected.
     QCOMPARE(item(firstNecsel)->text(), QStringLiteral("abc"));
 }
@@ -187,105 +178,9 @@ void tst_SystemConfigEditor::setReadsFirstWhatItDoesNotKnow()
     enter(likelyTexts());
     const BoxAnswerer boxes;
     set();
-    QVERIFY(sawOne(boxes, QMessageBox::Information, updated));
+    QVERIFY(sawDone(boxes));
     QCOMPARE(int(deviceRecord().at(0)), 0x5a);
     QVERIFY(deviceTexts() == likelyTexts());
-}
-
-void tst_SystemConfigEditor::editsSurviveTheSwitch_data()
-{
-    QTest::addColumn<bool>("typing");
-    QTest::newRow("changed cells") << false;
-    QTest::newRow("an open cell") << true;
-}
-
-void tst_SystemConfigEditor::editsSurviveTheSwitch()
-{
-    QFETCH(bool, typing);
-    SystemConfigTexts edited = texts();
-    edited[0] = QStringLiteral("3.75");
-    if (typing) {
-        beginTyping(firstNecsel, edited[0]);
-    } else {
-        enter(edited);
-    }
-    m_lines->clear();
-    QVERIFY(switchTo(DeviceMode::Loader));
-    QCOMPARE(countBeginning("rf:"), 0); // nobody would see it
-    const BoxAnswerer boxes;
-    set(); // the click leaves the cell
-    QVERIFY(sawOne(boxes, QMessageBox::Information, updated));
-    QVERIFY(texts() == edited);
-    QVERIFY(deviceTexts() == edited);
-    // Written is written: from here on the device's values are shown again.
-    QVERIFY(switchTo(DeviceMode::Application));
-    setDeviceRecord(SystemConfigRecord::fromTexts(likelyTexts(), deviceRecord()));
-    QVERIFY(switchTo(DeviceMode::Loader));
-    QTRY_VERIFY(texts() == likelyTexts());
-}
-
-void tst_SystemConfigEditor::unchangedPageFollowsTheDevice()
-{
-    setDeviceRecord(SystemConfigRecord::fromTexts(likelyTexts(), deviceRecord()));
-    QVERIFY(switchTo(DeviceMode::Loader));
-    QTRY_VERIFY(texts() == likelyTexts());
-}
-
-void tst_SystemConfigEditor::typedWhileItIsRead()
-{
-    const auto connection =
-        connect(&m_device->wire(), &Simulator::Wire::lineReceived, this, [this](const QByteArray& line) {
-            if (line.startsWith("rf:")) {
-                item(lastNovalum)->setText(QStringLiteral("4321"));
-            }
-        });
-    QVERIFY(switchTo(DeviceMode::Loader));
-    disconnect(connection);
-    QCOMPARE(item(lastNovalum)->text(), QStringLiteral("4321"));
-}
-
-void tst_SystemConfigEditor::anotherDeviceReplacesEdits()
-{
-    enter(likelyTexts());
-    QVERIFY(unplug());
-    QVERIFY(texts() == likelyTexts());
-    QVERIFY(plugIn());
-    QTRY_VERIFY(texts() == deviceTexts());
-    QVERIFY(texts() != likelyTexts());
-}
-
-void tst_SystemConfigEditor::editsAfterFailedReadSurvive()
-{
-    QVERIFY(unplug());
-    records().setValid(Record::System, false);
-    QVERIFY(plugIn());
-    QTRY_VERIFY(m_lines->count("ischanconfigvalid") > 1);
-    enter(likelyTexts());
-    records().setValid(Record::System, true);
-    QVERIFY(switchTo(DeviceMode::Loader));
-    QVERIFY(texts() == likelyTexts());
-}
-
-void tst_SystemConfigEditor::typingInSettingIsNotLost()
-{
-    QVERIFY(switchTo(DeviceMode::Loader));
-    SystemConfigTexts edited = texts();
-    edited[0] = QStringLiteral("3.75");
-    enter(edited);
-    const BoxAnswerer boxes;
-    const auto connection =
-        connect(&m_device->wire(), &Simulator::Wire::lineReceived, this, [this](const QByteArray& line) {
-            if (line.startsWith("wf:")) {
-                item(lastNovalum)->setText(QStringLiteral("4321"));
-            }
-        });
-    set();
-    disconnect(connection);
-    QCOMPARE(boxes.boxes().size(), 1);
-    QVERIFY(deviceTexts() == edited);
-    // It came too late for the device, which must not take it from the table again.
-    QVERIFY(switchTo(DeviceMode::Application));
-    QCOMPARE(item(lastNovalum)->text(), QStringLiteral("4321"));
 }
 
 void tst_SystemConfigEditor::secondClickStartsNothing_data()
@@ -324,9 +219,7 @@ void tst_SystemConfigEditor::secondClickStartsNothing()
     m_hand->part<QPushButton>(name)->setFocus();
     m_hand->click(name);
     QVERIFY2(ticks > 10, qPrintable(QString::number(ticks)));
-    QCOMPARE(countBeginning("wf:") + countBeginning("rf:") + countBeginning("issysconfigvalid") +
-                 countBeginning("setsysconfigvalid"),
-             lines);
+    QCOMPARE(transferLines(), lines);
     QCOMPARE(boxes.boxes().size(), writes ? 1 : 0);
     QVERIFY(buttonsAre(true));
     QCOMPARE(m_hand->dialog().focusWidget(), m_hand->part<QWidget>(name));
@@ -342,13 +235,13 @@ void tst_SystemConfigEditor::nothingDuringAnUpdate()
     enter(likelyTexts());
     m_lines->clear();
     {
-        const Update::Run run(*update);
+        const Update::InProgress run(*update);
         get();
         set();
     }
     QCOMPARE(refused.size(), 2);
     QVERIFY(boxes.boxes().isEmpty());
-    QCOMPARE(countBeginning("wf:") + countBeginning("rf:") + m_lines->count("issysconfigvalid"), 0);
+    QCOMPARE(transferLines(), 0);
     QVERIFY(texts() == likelyTexts());
 }
 
@@ -363,12 +256,12 @@ void tst_SystemConfigEditor::nothingDuringARestart()
         m_hand->clickTab(QStringLiteral("System Config"));
         get();
         set();
-        linesInRestart = countBeginning("wf:") + countBeginning("rf:") + m_lines->count("issysconfigvalid");
+        linesInRestart = transferLines();
     });
     m_hand->click("pushButtonLoaderMode");
     QTRY_VERIFY(m_window->device()->isApplicationConnected());
     QCOMPARE(linesInRestart, 0);
-    QVERIFY(sawOne(boxes, QMessageBox::Warning, needsLoader));
+    QVERIFY(sawWarning(boxes, needsLoader));
 }
 
 void tst_SystemConfigEditor::cellsAreEditedByKeyboard()

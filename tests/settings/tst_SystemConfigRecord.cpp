@@ -124,7 +124,7 @@ void tst_SystemConfigRecord::everyField()
     const auto position = static_cast<std::size_t>(index);
     const Place place = allPlaces()[position];
     QCOMPARE(cellIndex(place.table, place.row, place.column), position); // the order of the cells
-    QCOMPARE(systemConfigFields()[position].isReal(), place.type == 'f');
+    QCOMPARE(systemConfigFields()[position].type == SystemConfigField::RecordType::Real, place.type == 'f');
 
     const Sample sample = sampleOf(place.type);
     QByteArray bytes(systemConfigSize, '\0');

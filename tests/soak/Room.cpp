@@ -26,6 +26,14 @@ bool Room::waitFor(const char* what, int seconds, const std::function<bool()>& h
     return false;
 }
 
+void Room::onPage(const char* page, const std::function<void()>& act)
+{
+    person.openDialog();
+    person.clickTabOf(page);
+    act();
+    person.closeDialog();
+}
+
 void Room::compare()
 {
     constexpr std::chrono::seconds limit{30};
@@ -44,6 +52,11 @@ void Room::compare()
 bool Room::isAtWork() const
 {
     return device().isApplicationConnected();
+}
+
+void Room::waitForWork(const char* what)
+{
+    waitFor(what, restartSeconds, [this] { return isAtWork(); });
 }
 
 } // namespace Soak

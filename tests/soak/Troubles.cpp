@@ -8,13 +8,11 @@ namespace Soak {
 namespace {
 using Kind = Simulator::WireFault::Kind;
 
-constexpr int connectSeconds = 60;
-
 void fault(Room& room)
 {
     const bool held = room.chance.percent(30);
     room.desk.illuminator().setFault(QStringLiteral("Over temperature <%1>").arg(room.chance.below(5)), held);
-    Person::wait(room.chance.between(500, 5000));
+    room.pause(500, 5000);
     room.compare();
     if (held) {
         room.desk.illuminator().clearFault();
@@ -28,7 +26,7 @@ void warning(Room& room)
     const QString text = room.chance.percent(50) ? QStringLiteral("555 fiber disconnected")
                                                  : QStringLiteral("Novalum fiber disconnected");
     room.desk.illuminator().setWarning(text);
-    Person::wait(room.chance.between(1500, 5000));
+    room.pause(1500, 5000);
     room.person.clickLeftHalf("pushButtonChannelShutter", room.randomChannel());
     Person::wait(500);
     room.desk.illuminator().clearWarning();
@@ -37,12 +35,11 @@ void warning(Room& room)
 
 void chooseControl(Room& room, const char* intensity, const char* shutters)
 {
-    room.person.openDialog();
-    room.person.clickTabOf("tabControlMode");
-    room.person.click(intensity);
-    room.person.click(shutters);
-    Person::wait(500);
-    room.person.closeDialog();
+    room.onPage("tabControlMode", [&] {
+        room.person.click(intensity);
+        room.person.click(shutters);
+        Person::wait(500);
+    });
 }
 
 void externalInputs(Room& room)
@@ -53,14 +50,10 @@ void externalInputs(Room& room)
         // Without a half, which may be rounded either way on its way through the line.
         room.desk.illuminator().setExternalIntensity(channel, room.chance.between(0, 100) + 0.25);
         room.desk.illuminator().setTtlInput(channel, room.chance.percent(50));
-        Person::wait(room.chance.between(200, 1000));
+        room.pause(200, 1000);
     }
     room.compare();
     chooseControl(room, "radioButtonIntensityControlUSB", "radioButtonShutterControlUSB");
-    // The columns go on showing what the inputs had until each of them is set anew.
-    for (int channel = 1; channel <= Simulator::kChannelCount; ++channel) {
-        room.person.typeInto("lineEditSliderPercentage", channel, QString::number(room.chance.below(100)));
-    }
     room.compare();
 }
 
@@ -82,7 +75,7 @@ void disturbLine(Room& room, Kind kind)
     Simulator::WireFault wireFault = randomFault(room);
     wireFault.kind = kind;
     room.desk.wire().addFault(wireFault);
-    Person::wait(room.chance.between(500, 3000));
+    room.pause(500, 3000);
     room.desk.wire().clearFaults();
     Person::wait(2000); // for a tick that finds everything as it is
 }
@@ -110,14 +103,14 @@ void babble(Room& room)
 
 void awaitConnection(Room& room)
 {
-    room.waitFor("the device after it was away", connectSeconds, [&room] { return room.isAtWork(); });
+    room.waitForWork("the device after it was away");
     Person::wait(3000); // for everything that is sent to it at first
 }
 
 void unplug(Room& room)
 {
     room.desk.illuminator().unplug();
-    Person::wait(room.chance.between(100, 8000));
+    room.pause(100, 8000);
     if (room.chance.percent(30)) {
         room.person.drag(room.randomChannel(), 10);
     }

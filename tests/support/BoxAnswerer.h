@@ -40,17 +40,27 @@ public:
     /// text, which is called one to those who do not see it.
     bool sawOneWarning(const QString& text) const
     {
-        if (m_boxes.size() != 1) {
-            return false;
-        }
-        const Box& box = m_boxes.first();
-        return box.title.isEmpty() && box.text == text && box.icon == QMessageBox::Warning &&
-               box.buttons == QMessageBox::Ok && box.textFormat == Qt::PlainText &&
-               box.spokenName == QLatin1String("Warning");
+        return sawOne(QMessageBox::Warning, QLatin1String("Warning"), text);
+    }
+    /// The same of a box that tells of a success.
+    bool sawOneInformation(const QString& text) const
+    {
+        return sawOne(QMessageBox::Information, QLatin1String("Information"), text);
     }
 
 private:
     static constexpr int lookEveryMs = 5;
+
+    bool sawOne(QMessageBox::Icon icon, const QString& spokenName, const QString& text) const
+    {
+        if (m_boxes.size() != 1) {
+            return false;
+        }
+        const Box& box = m_boxes.first();
+        return box.title.isEmpty() && box.text == text && box.icon == icon &&
+               box.buttons == QMessageBox::Ok && box.textFormat == Qt::PlainText &&
+               box.spokenName == spokenName;
+    }
 
     void look()
     {

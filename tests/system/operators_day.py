@@ -8,6 +8,8 @@ from person.waiting import check, stays, wait_for, wait_until_equal
 
 QUIET_SECONDS = 1.0
 HOUR = "3600000"
+# What a line that asks for an open shutter looks like.
+OPENING = r"shutter:\d+=1"
 SETTINGS = "System Info & Settings"
 LIMIT = "System at limit of enabled channels.  Please disable a channel."
 INTERLOCK = "Channel is disabled due to fiber interlock."
@@ -105,9 +107,10 @@ class OperatorsDay:
         before = len(self.simulator.lines)
         self.hands.key("space", "Return", "KP_Enter", "o")
         stays(lambda: not any(self.panel.open_shutters()), "a bare key opened a shutter", QUIET_SECONDS)
-        asked = self.simulator.received(r"shutter.*=.*open", before)
+        asked = self.simulator.received(OPENING, before)
         check(not asked, "a bare key asks for no open shutter", asked)
         self.hands.key("ctrl+Return")
+        self.simulator.expect_received(OPENING, before)
         self.panel.expect_shutter(5, True)
         self.panel.expect_same_as(self.simulator)
         self.hands.key("ctrl+Return")
@@ -120,7 +123,7 @@ class OperatorsDay:
         self.hands.click(self.panel.shutter(number))
         self.day.answer(text, "OK")
         self.day.reader.window(TITLE)
-        asked = self.simulator.received(r"shutter.*=.*open", lines)
+        asked = self.simulator.received(OPENING, lines)
         check(not asked, "the device is not asked", asked)
         check(self.panel.open_shutters() == before, f"shutters stay {before}", self.panel.open_shutters())
         self.panel.expect_same_as(self.simulator)
@@ -156,6 +159,7 @@ class OperatorsDay:
         self.day.reader.window(TITLE)
 
     def lets_the_inputs_rule(self):
+        kept = self.panel.levels()
         self.choose_control("Intensity Control: External Analog", "Shutter Control: External Digital")
         self.simulator.expect_status("intensity from", "external")
         self.simulator.expect_status("shutters from", "external")
@@ -172,10 +176,7 @@ class OperatorsDay:
         self.simulator.expect_status("intensity from", "host")
         self.simulator.expect_status("shutters from", "host")
         self.panel.expect_mode("Idle")  # no light by surprise
-        # The sliders stand where the inputs left them; what counts from here on is set again.
-        for number, text in ((2, "70"), (3, "0"), (5, "42"), (8, "2")):
-            self.panel.type_percent(number, text)
-        wait_until_equal(self.panel.levels, [0, 70, 0, 0, 42, 0, 0, 2], "the sliders")
+        wait_until_equal(self.panel.levels, kept, "the sliders, as they were before the inputs moved them")
         self.panel.expect_same_as(self.simulator)
         self.hands.click(self.panel.widget("Laser on/off"))
         self.panel.expect_mode("Run")

@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QImage>
+#include <QLockFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -11,6 +12,7 @@ class ProgramsTest : public QObject
 
 private slots:
     void demoPlaysItsScene();
+    void demoWaitsForAnotherOnesTour();
     void demoTellsOfAFolderItCannotWrite();
     void programRunsWithoutADeviceOrADocumentsFolder();
 
@@ -54,6 +56,24 @@ void ProgramsTest::demoPlaysItsScene()
     QCOMPARE(QImage(pictures.filePath(files.last())).size(), QSize(800, 400));
     // The demo kept to its own folder.
     QVERIFY(!QDir(home.filePath(QStringLiteral("config"))).exists());
+}
+
+void ProgramsTest::demoWaitsForAnotherOnesTour()
+{
+    const QTemporaryDir home;
+    QLockFile otherTour(QDir::temp().filePath(QStringLiteral("vyr-demo-tour.lock")));
+    QVERIFY(otherTour.tryLock(120000));
+    QProcess demo;
+    demo.setProcessEnvironment(environmentIn(home));
+    demo.setReadChannel(QProcess::StandardError);
+    demo.start(program("vyr-demo"), {QStringLiteral("--scene"), QStringLiteral("/proc/none")});
+    QVERIFY(demo.waitForReadyRead(60000));
+    QCOMPARE(demo.readAllStandardError(), QByteArray("Waiting for the end of another scene.\n"));
+    QVERIFY2(!demo.waitForReadyRead(1500), demo.readAllStandardError().constData());
+
+    otherTour.unlock();
+    QVERIFY(demo.waitForReadyRead(60000));
+    QVERIFY(demo.waitForFinished(60000));
 }
 
 void ProgramsTest::demoTellsOfAFolderItCannotWrite()

@@ -4,11 +4,10 @@
 #include "settings/FileChooser.h"
 #include "support/BoxAnswerer.h"
 #include "support/ReleaseArchive.h"
+#include "support/ShownWindow.h"
 #include "update/Update.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QProgressDialog>
 #include <QTest>
 
 #include <chrono>
@@ -19,28 +18,10 @@ using FirmwareImages::Role;
 
 /// Longer than the link takes to find and to identify a device that has just been plugged in.
 constexpr std::chrono::milliseconds identificationLimit{8000};
-/// Several intervals of the poll.
-constexpr std::chrono::milliseconds pollLimit{3000};
+/// Before the first poll the dialog reads its pages, which takes seconds where many tests share the machine.
+constexpr std::chrono::milliseconds pollLimit{15000};
 constexpr std::chrono::milliseconds noPollFor{600};
 } // namespace
-
-ReleaseBench::ReleaseBench() : m_homeBefore(qgetenv("HOME"))
-{
-    // The backup of the calibration goes into the user's documents.
-    qputenv("HOME", QFile::encodeName(m_home.path()));
-    QDir(m_home.path()).mkdir(QStringLiteral("Documents"));
-    QDir(m_home.path()).mkdir(QStringLiteral("release"));
-}
-
-ReleaseBench::~ReleaseBench()
-{
-    m_hand.reset();
-    m_window.reset();
-    m_lines.reset();
-    m_device.reset();
-    m_bench.reset();
-    qputenv("HOME", m_homeBefore);
-}
 
 bool ReleaseBench::pack(int loaderSize, int applicationSize)
 {
@@ -51,7 +32,7 @@ bool ReleaseBench::pack(int loaderSize, int applicationSize)
         image.dataSize = size;
         return ReleaseArchive::Member{FirmwareImages::fileName(role), FirmwareImages::text(image)};
     };
-    m_archivePath = m_home.filePath(QStringLiteral("release/VYR.7z"));
+    m_archivePath = m_home.path(QStringLiteral("release/VYR.7z"));
     return ReleaseArchive::write(m_archivePath, {member(Role::Loader, newMajor, loaderSize),
                                                  member(Role::LoaderUpdater, 1, loaderSize),
                                                  member(Role::Application, newMajor, applicationSize)});
@@ -73,24 +54,8 @@ bool ReleaseBench::build(int loaderSize, int applicationSize)
 void ReleaseBench::countLine(const QByteArray& line)
 {
     if (line.startsWith("wf:") && ++m_imageLines == m_cancelAt) {
-        QTimer::singleShot(0, m_window.get(), [] {
-            if (auto* const dialog = progressDialog()) {
-                QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
-            }
-        });
+        QTimer::singleShot(0, m_window.get(), cancelProgress);
     }
-}
-
-QProgressDialog* ReleaseBench::progressDialog()
-{
-    const QWidgetList widgets = QApplication::topLevelWidgets();
-    for (QWidget* widget : widgets) {
-        auto* const dialog = qobject_cast<QProgressDialog*>(widget);
-        if (dialog != nullptr && dialog->isVisible()) {
-            return dialog;
-        }
-    }
-    return nullptr;
 }
 
 QStringList ReleaseBench::update()

@@ -2,16 +2,13 @@
 
 #include "settings/DialogBench.h"
 #include "support/FirmwareImages.h"
+#include "support/HomeFolder.h"
 #include "support/SimulatedBench.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QStringList>
-#include <QTemporaryDir>
 
 #include <memory>
-
-class QProgressDialog;
 
 /// A window at service level at a simulated illuminator with older firmware, the dialog's page of the update
 /// in front, and a release in a folder of its own that a click updates the device with.
@@ -19,11 +16,6 @@ class ReleaseBench
 {
 public:
     static constexpr int newMajor = 3; ///< of the release's loader and application; the device's are lower
-
-    ReleaseBench();
-    ~ReleaseBench();
-    ReleaseBench(const ReleaseBench&) = delete;
-    ReleaseBench& operator=(const ReleaseBench&) = delete;
 
     /// False when the release cannot be packed, or the device is not found. @p loaderSize and
     /// @p applicationSize are bytes of program.
@@ -49,16 +41,13 @@ public:
     PelorinMainWindow& window() { return *m_window; }
     LineRecorder& lines() { return *m_lines; }
     QString archivePath() const { return m_archivePath; }
-    /// The visible progress dialog; null when there is none.
-    static QProgressDialog* progressDialog();
 
 private:
     bool pack(int loaderSize, int applicationSize);
     void countLine(const QByteArray& line);
     QString wrongPolling();
 
-    QByteArray m_homeBefore;
-    QTemporaryDir m_home;
+    HomeFolder m_home; ///< where the backups of the calibration go
     QString m_archivePath;
     std::unique_ptr<WindowBench> m_bench;
     std::unique_ptr<SimulatedBench> m_device;

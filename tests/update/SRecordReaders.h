@@ -1,10 +1,11 @@
 #pragma once
 
-#include "compat/QtVersion.h"
 #include "update/SRecord.h"
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QList>
+#include <QString>
 #include <QTextStream>
 
 /// What was made of one line.
@@ -42,8 +43,8 @@ inline QList<ReadLine> readBytes(const QByteArray& text, int limit = 1000000)
 
 inline QList<ReadLine> readStream(const QByteArray& text, int limit = 1000000)
 {
-    QTextStream stream(text);
-    stream.setAutoDetectUnicode(false); // a byte is a character here, whatever the text begins with
-    QtVersion::useLatin1(stream);
+    // A byte is a character here, whatever the text begins with.
+    QString characters = QString::fromLatin1(text.constData(), text.size());
+    QTextStream stream(&characters, QIODevice::ReadOnly);
     return readLines([&stream](SRecord& record) { return parseRecord(stream, record); }, limit);
 }

@@ -55,25 +55,6 @@ QList<ReleaseArchive::Member> UpdateRelease::members() const
     return members;
 }
 
-HomeFolder::HomeFolder(bool withDocuments) : m_before(qgetenv("HOME"))
-{
-    qputenv("HOME", QFile::encodeName(m_folder.path()));
-    if (withDocuments) {
-        QDir(m_folder.path()).mkdir(QStringLiteral("Documents"));
-    }
-    QDir(m_folder.path()).mkdir(QStringLiteral("release"));
-}
-
-HomeFolder::~HomeFolder()
-{
-    qputenv("HOME", m_before);
-}
-
-QStringList HomeFolder::backups() const
-{
-    return QDir(backupFolder()).entryList(QDir::Files | QDir::Hidden);
-}
-
 bool UpdateTest::buildUpdate(const std::function<void(UpdatableDevice&)>& prepare)
 {
     if (!m_home) {
@@ -113,6 +94,11 @@ QString UpdateTest::releasePath(const QString& name) const
     return m_home->path(QStringLiteral("release/") + name);
 }
 
+QStringList UpdateTest::backups() const
+{
+    return QDir(m_home->dataFolder()).entryList(QDir::Files | QDir::Hidden);
+}
+
 QStringList UpdateTest::update()
 {
     return packRelease() ? updateWith(archivePath()) : QStringList{QStringLiteral("the packer failed")};
@@ -142,11 +128,4 @@ void UpdateTest::closePortAfterAnswer()
         once->deleteLater();
         m_window->device()->selectPort(m_window->device()->portName());
     });
-}
-
-void UpdateTest::clickCancel()
-{
-    if (auto* const dialog = UpdateTrace::progressDialog()) {
-        QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
-    }
 }

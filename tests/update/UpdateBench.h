@@ -2,7 +2,9 @@
 
 #include "settings/DialogBench.h"
 #include "support/FirmwareImages.h"
+#include "support/HomeFolder.h"
 #include "support/ReleaseArchive.h"
+#include "support/ShownWindow.h"
 #include "update/UpdatableDevice.h"
 #include "update/UpdateTrace.h"
 
@@ -11,7 +13,6 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
-#include <QTemporaryDir>
 
 #include <functional>
 #include <memory>
@@ -36,24 +37,6 @@ struct UpdateRelease
     QList<ReleaseArchive::Member> members() const;
 };
 
-/// A home with a folder for documents, in place of the user's, while it lives.
-class HomeFolder
-{
-public:
-    explicit HomeFolder(bool withDocuments = true);
-    ~HomeFolder();
-    HomeFolder(const HomeFolder&) = delete;
-    HomeFolder& operator=(const HomeFolder&) = delete;
-
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-    QString backupFolder() const { return path(QStringLiteral("Documents/Tarnwick/VYR")); }
-    QStringList backups() const; ///< names, in the backup folder
-
-private:
-    QTemporaryDir m_folder;
-    QByteArray m_before;
-};
-
 /// A window at service level with an updatable device, the dialog's page of the update in front, and a
 /// release to update with.
 class UpdateTest : public AnsweringDialogTest
@@ -64,6 +47,8 @@ protected:
     void removeUpdate();
     bool packRelease();
     QString releasePath(const QString& name) const;
+    /// Names of the calibrations that were saved, and of whatever else is beside them.
+    QStringList backups() const;
     QString archivePath() const { return releasePath(QStringLiteral("VYR.7z")); }
 
     /// Packs the release, clicks the button, chooses the release and confirms every box; what was shown and
@@ -76,8 +61,6 @@ protected:
     /// The link's port is closed as soon as the answer has come that the device gives next.
     void closePortAfterAnswer();
     void clickUpdate() const { m_hand->click("pushButtonUpdateFirmware"); }
-    /// In the progress dialog that is there.
-    static void clickCancel();
 
     std::unique_ptr<HomeFolder> m_home;
     std::unique_ptr<UpdatableDevice> m_device;

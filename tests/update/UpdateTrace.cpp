@@ -1,6 +1,7 @@
 #include "update/UpdateTrace.h"
 
 #include "mainwindow/PelorinMainWindow.h"
+#include "support/ShownWindow.h"
 #include "update/Update.h"
 
 #include <QApplication>
@@ -11,19 +12,6 @@
 
 namespace {
 const QString lineMark = QStringLiteral("wf:");
-
-template<typename Kind>
-Kind* visibleWindow(bool modal)
-{
-    const QWidgetList widgets = QApplication::topLevelWidgets();
-    for (QWidget* widget : widgets) {
-        auto* const found = qobject_cast<Kind*>(widget);
-        if (found != nullptr && found->isVisible() && found->isModal() == modal) {
-            return found;
-        }
-    }
-    return nullptr;
-}
 
 bool isOfPoll(const QByteArray& line)
 {
@@ -135,17 +123,17 @@ QString UpdateTrace::describe(const QMessageBox& box, const QWidget& window)
 
 QProgressDialog* UpdateTrace::progressDialog()
 {
-    return visibleWindow<QProgressDialog>(true);
+    return shownWindow<QProgressDialog>();
 }
 
 QMessageBox* UpdateTrace::statusBox()
 {
-    return visibleWindow<QMessageBox>(false);
+    return shownWindow<QMessageBox>(false);
 }
 
 QFileDialog* UpdateTrace::fileDialog()
 {
-    return visibleWindow<QFileDialog>(true);
+    return shownWindow<QFileDialog>();
 }
 
 QList<QByteArray> UpdateTrace::linesToSend(const QByteArray& imageText)

@@ -1,20 +1,18 @@
 // Archives that were damaged on their way, and archives packed in a way that is not read: nothing changes,
 // and the log says why.
 
-#include "ArchiveFolder.h"
+#include "ArchiveTest.h"
 #include "support/ArchiveChecksums.h"
 #include "support/LogCapture.h"
-#include "support/WarningWatch.h"
-#include "update/ArchiveExtractor.h"
 
 #include <QTest>
 
-class tst_ArchiveDamage : public QObject
+class tst_ArchiveDamage : public ArchiveTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { requirePacker(); }
     void init();
     void cleanup();
 
@@ -30,11 +28,13 @@ private slots:
 
 private:
     static void fewPackings();
-    quint16 extract(const QByteArray& archive);
+    quint16 extract(const QByteArray& archive)
+    {
+        return m_folder->putArchive(archive) ? ArchiveTest::extract(*m_folder) : quint16(0xfffe);
+    }
     bool isUnchanged() const { return m_folder->files() == m_before; }
 
-    WarningWatch* m_warnings = nullptr;
-    ArchiveFolder* m_folder = nullptr;
+    std::unique_ptr<ArchiveFolder> m_folder;
     ArchiveFolder::Files m_before;
 };
 
@@ -52,36 +52,18 @@ Members smallRelease()
 
 } // namespace
 
-void tst_ArchiveDamage::initTestCase()
-{
-    QVERIFY2(!ReleaseArchive::packer().isEmpty(), "Debian's 7zip is not installed");
-}
-
 void tst_ArchiveDamage::init()
 {
-    m_warnings = new WarningWatch;
-    m_folder = new ArchiveFolder;
+    beginWatch();
+    m_folder = std::make_unique<ArchiveFolder>();
     QVERIFY(m_folder->put(QStringLiteral("LoaderOut.srec"), "the one before"));
     m_before = m_folder->files();
 }
 
 void tst_ArchiveDamage::cleanup()
 {
-    const QStringList warnings = WarningWatch::messages();
-    delete m_folder;
-    delete m_warnings;
-    QCOMPARE(warnings, QStringList());
-}
-
-quint16 tst_ArchiveDamage::extract(const QByteArray& archive)
-{
-    if (!m_folder->putArchive(archive)) {
-        return 0xfffe;
-    }
-    ArchiveExtractor extractor;
-    extractor.setArchive(m_folder->archive());
-    const bool done = extractor.extract();
-    return done == (extractor.status() == 0) ? extractor.status() : quint16(0xffff);
+    m_folder.reset();
+    endWatch();
 }
 
 void tst_ArchiveDamage::fewPackings()

@@ -1,23 +1,21 @@
 // The archives that releases come in, and everything else that a packer may rightly put into one.
 
-#include "ArchiveFolder.h"
+#include "ArchiveTest.h"
 #include "support/ArchiveChecksums.h"
 #include "support/LogCapture.h"
-#include "support/WarningWatch.h"
-#include "update/ArchiveExtractor.h"
 
 #include <QTest>
 
 #include <clocale>
 
-class tst_ArchiveExtractor : public QObject
+class tst_ArchiveExtractor : public ArchiveTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init() { m_warnings = new WarningWatch; }
-    void cleanup();
+    void initTestCase() { requirePacker(); }
+    void init() { beginWatch(); }
+    void cleanup() { endWatch(); }
 
     void everyMethodUnpacks_data();
     void everyMethodUnpacks();
@@ -38,22 +36,11 @@ private slots:
     void nothingToRead_data();
     void nothingToRead();
     void noRoomForFiles();
-
-private:
-    WarningWatch* m_warnings = nullptr;
 };
 
 namespace {
 
 using Members = QList<ReleaseArchive::Member>;
-
-quint16 extract(const ArchiveFolder& folder)
-{
-    ArchiveExtractor extractor;
-    extractor.setArchive(folder.archive());
-    const bool done = extractor.extract();
-    return done == (extractor.status() == 0) ? extractor.status() : quint16(0xffff);
-}
 
 /// The smallest archive there is: no header at all.
 QByteArray withoutMembers()
@@ -64,18 +51,6 @@ QByteArray withoutMembers()
 }
 
 } // namespace
-
-void tst_ArchiveExtractor::initTestCase()
-{
-    QVERIFY2(!ReleaseArchive::packer().isEmpty(), "Debian's 7zip is not installed");
-}
-
-void tst_ArchiveExtractor::cleanup()
-{
-    const QStringList warnings = WarningWatch::messages();
-    delete m_warnings;
-    QCOMPARE(warnings, QStringList());
-}
 
 void tst_ArchiveExtractor::everyMethodUnpacks_data()
 {

@@ -1,20 +1,18 @@
 // Archives that were damaged, and archives that were made to do harm: none of them changes anything.
 
-#include "ArchiveFolder.h"
+#include "ArchiveTest.h"
 #include "support/ArchiveChecksums.h"
 #include "support/LogCapture.h"
-#include "support/WarningWatch.h"
-#include "update/ArchiveExtractor.h"
 #include "update/ArchiveMemberName.h"
 
 #include <QTest>
 
-class tst_ArchiveHostile : public QObject
+class tst_ArchiveHostile : public ArchiveTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { requirePacker(); }
     void init();
     void cleanup();
 
@@ -34,10 +32,7 @@ private slots:
     void bomb();
 
 private:
-    quint16 extract();
-
-    WarningWatch* m_warnings = nullptr;
-    ArchiveFolder* m_folder = nullptr;
+    std::unique_ptr<ArchiveFolder> m_folder;
     ArchiveFolder::Files m_before;
 };
 
@@ -56,15 +51,10 @@ Members smallRelease()
 
 } // namespace
 
-void tst_ArchiveHostile::initTestCase()
-{
-    QVERIFY2(!ReleaseArchive::packer().isEmpty(), "Debian's 7zip is not installed");
-}
-
 void tst_ArchiveHostile::init()
 {
-    m_warnings = new WarningWatch;
-    m_folder = new ArchiveFolder;
+    beginWatch();
+    m_folder = std::make_unique<ArchiveFolder>();
     QVERIFY(m_folder->put(QStringLiteral("LoaderOut.srec"), "the one before"));
     QVERIFY(m_folder->put(QStringLiteral("../beside.txt"), "not ours"));
     m_before = m_folder->files();
@@ -72,18 +62,8 @@ void tst_ArchiveHostile::init()
 
 void tst_ArchiveHostile::cleanup()
 {
-    const QStringList warnings = WarningWatch::messages();
-    delete m_folder;
-    delete m_warnings;
-    QCOMPARE(warnings, QStringList());
-}
-
-quint16 tst_ArchiveHostile::extract()
-{
-    ArchiveExtractor extractor;
-    extractor.setArchive(m_folder->archive());
-    const bool done = extractor.extract();
-    return done == (extractor.status() == 0) ? extractor.status() : quint16(0xffff);
+    m_folder.reset();
+    endWatch();
 }
 
 void tst_ArchiveHostile::names_data()
@@ -150,7 +130,7 @@ void tst_ArchiveHostile::namesInArchives()
     QVERIFY(m_folder->putArchive(
         ReleaseArchive::renamed(ReleaseArchive::pack(members, plainHeader()), original, name)));
     const LogCapture log;
-    QCOMPARE(extract(), quint16(ArchiveStatus::BadName));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::BadName));
     QCOMPARE(m_folder->files(), m_before);
     QCOMPARE(log.count(QStringLiteral("Unpacking failed: 6"), QsLogging::LogLevel::Error), 1);
 }
@@ -161,7 +141,7 @@ void tst_ArchiveHostile::nameThatIsNoText()
     for (const char* half : {"\x00\xd8\x62\x00", "\x61\x00\x00\xdc"}) { // halves of a character
         QVERIFY(m_folder->putArchive(
             ReleaseArchive::headerReplaced(archive, QByteArray("a\0b\0", 4), QByteArray(half, 4))));
-        QCOMPARE(extract(), quint16(ArchiveStatus::BadName));
+        QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::BadName));
         QCOMPARE(m_folder->files(), m_before);
     }
 }
@@ -185,7 +165,7 @@ void tst_ArchiveHostile::linksAreNoFiles()
     image.close();
     QVERIFY(QFile::link(target, packed.filePath(QStringLiteral("LoaderOut.srec"))));
     QVERIFY(m_folder->putArchive(ReleaseArchive::packFolder(packed.path(), {QStringLiteral("-snl")})));
-    QCOMPARE(extract(), quint16(ArchiveStatus::NotAFile));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::NotAFile));
     QCOMPARE(m_folder->files(), m_before);
 }
 
@@ -215,7 +195,7 @@ void tst_ArchiveHostile::onlyFilesAreFiles()
                                  QFileDevice::ReadOther));
     QVERIFY(m_folder->putArchive(ReleaseArchive::headerReplaced(
         ReleaseArchive::packFolder(packed.path(), plainHeader()), attributes(0100000), attributes(mode))));
-    QCOMPARE(extract(), quint16(ArchiveStatus::NotAFile));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::NotAFile));
     QCOMPARE(m_folder->files(), m_before);
 }
 
@@ -250,7 +230,7 @@ void tst_ArchiveHostile::placesThatAreTaken()
     const Members members = {{QStringLiteral("a"), "new"}, {member, "new"}};
     QVERIFY(m_folder->putArchive(ReleaseArchive::pack(members)));
     const auto before = m_folder->files();
-    QCOMPARE(extract(), quint16(ArchiveStatus::NameTaken));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::NameTaken));
     QCOMPARE(m_folder->files(), before);
 }
 
@@ -263,7 +243,7 @@ void tst_ArchiveHostile::archiveOntoItself()
             ReleaseArchive::pack({{QStringLiteral("a"), "1"}, {original, "harm"}}, plainHeader()), original,
             name);
         QVERIFY(m_folder->putArchive(archive));
-        QCOMPARE(extract(), quint16(ArchiveStatus::NameTaken));
+        QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::NameTaken));
         QCOMPARE(m_folder->files(), m_before);
         QCOMPARE(ArchiveFolder::contentOf(m_folder->archive()), archive);
     }
@@ -275,7 +255,7 @@ void tst_ArchiveHostile::fileThatIsAFolderToo()
         ReleaseArchive::pack({{QStringLiteral("a"), "1"}, {QStringLiteral("b/c"), "2"}}, plainHeader()),
         QStringLiteral("b/c"), QStringLiteral("a/c"));
     QVERIFY(m_folder->putArchive(archive));
-    QCOMPARE(extract(), quint16(ArchiveStatus::NameTaken));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::NameTaken));
     QCOMPARE(m_folder->files(), m_before);
 }
 
@@ -289,12 +269,12 @@ void tst_ArchiveHostile::bomb()
         ReleaseArchive::packFolder(packed.path(), {QStringLiteral("-mx=1"), QStringLiteral("-mhc=off")});
     QVERIFY(archive.size() < 200000);
     QVERIFY(m_folder->putArchive(archive));
-    QCOMPARE(extract(), quint16(ArchiveStatus::TooLarge));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::TooLarge));
     QCOMPARE(m_folder->files(), m_before);
 
     QFile large(m_folder->archive());
     QVERIFY(large.open(QIODevice::ReadWrite) && large.resize(ArchiveExtractor::maximumBytes + 1));
-    QCOMPARE(extract(), quint16(ArchiveStatus::TooLarge));
+    QCOMPARE(extract(*m_folder), quint16(ArchiveStatus::TooLarge));
     QCOMPARE(m_folder->files(), m_before);
 }
 

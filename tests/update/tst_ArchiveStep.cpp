@@ -1,10 +1,8 @@
 // The step of an update that unpacks: what it says, how often it tries, and what it leaves behind.
 
-#include "ArchiveFolder.h"
+#include "ArchiveTest.h"
 #include "support/BoxAnswerer.h"
 #include "support/LogCapture.h"
-#include "support/WarningWatch.h"
-#include "update/ArchiveExtractor.h"
 #include "update/ArchiveStep.h"
 
 #include <QElapsedTimer>
@@ -15,12 +13,12 @@
 #include <memory>
 #include <sys/stat.h>
 
-class tst_ArchiveStep : public QObject
+class tst_ArchiveStep : public ArchiveTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { requirePacker(); }
     void init();
     void cleanup();
 
@@ -46,7 +44,6 @@ private:
     void verifyLog(const QStringList& errors) const;
 
     ArchiveExtractor m_extractor;
-    std::unique_ptr<WarningWatch> m_warnings;
     std::unique_ptr<ArchiveFolder> m_folder;
     std::unique_ptr<QWidget> m_window;
     std::unique_ptr<LogCapture> m_log;
@@ -67,14 +64,9 @@ QByteArray damagedArchive()
 
 } // namespace
 
-void tst_ArchiveStep::initTestCase()
-{
-    QVERIFY2(!ReleaseArchive::packer().isEmpty(), "Debian's 7zip is not installed");
-}
-
 void tst_ArchiveStep::init()
 {
-    m_warnings = std::make_unique<WarningWatch>();
+    beginWatch();
     m_folder = std::make_unique<ArchiveFolder>();
     m_window = std::make_unique<QWidget>();
     m_window->show();
@@ -84,12 +76,10 @@ void tst_ArchiveStep::init()
 void tst_ArchiveStep::cleanup()
 {
     QVERIFY(!ArchiveStep::isBusy());
-    const QStringList warnings = WarningWatch::messages();
     m_log.reset();
     m_window.reset();
     m_folder.reset();
-    m_warnings.reset();
-    QCOMPARE(warnings, QStringList());
+    endWatch();
 }
 
 void tst_ArchiveStep::verifyFinalBox(const BoxAnswerer::Box& box, const QString& error) const

@@ -1,49 +1,33 @@
 #include "support/FirmwareImages.h"
 #include "support/LogCapture.h"
-#include "support/WarningWatch.h"
+#include "support/WatchedTest.h"
 #include "update/FirmwareImage.h"
+#include "update/ImageSamples.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <memory>
-
 using FirmwareImages::Role;
 using QsLogging::LogLevel;
 
 namespace {
-constexpr quint32 loaderBase = 0x11fc0;
-
-FirmwareImages::Image someImage(Role role)
-{
-    FirmwareImages::Image image;
-    image.role = role;
-    image.major = 0x0102;
-    image.minor = 3;
-    image.patch = 255;
-    return image;
-}
-
 QByteArray loaderWithTwoHeaders()
 {
-    const QByteArray header = FirmwareImages::line('3', 4, loaderBase, QByteArray(32, '\1')) + '\n';
+    const QByteArray header =
+        FirmwareImages::line('3', 4, FirmwareImages::headerBase(Role::Loader), QByteArray(32, '\1')) + '\n';
     return "S0030000FC\n" + header + header;
 }
 } // namespace
 
-class tst_FirmwareFile : public QObject
+class tst_FirmwareFile : public WatchedTest
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_watch = std::make_unique<WarningWatch>(); }
-    void cleanup()
-    {
-        QCOMPARE(WarningWatch::messages(), QStringList());
-        m_watch.reset();
-    }
+    void init() { beginWatch(); }
+    void cleanup() { endWatch(); }
     void fileIsReadFromItsStart();
     void fileIsLogged();
     void rejectedFileIsLogged_data();
@@ -51,9 +35,6 @@ private slots:
     void versionIsLeftAloneWithoutAHeader();
     void folderNameCounts();
     void unreadableFiles();
-
-private:
-    std::unique_ptr<WarningWatch> m_watch;
 };
 
 void tst_FirmwareFile::fileIsReadFromItsStart()

@@ -1,10 +1,9 @@
 #include "support/FirmwareImages.h"
-#include "support/WarningWatch.h"
+#include "support/WatchedTest.h"
 #include "update/FirmwareImage.h"
+#include "update/ImageSamples.h"
 
 #include <QTest>
-
-#include <memory>
 
 using FirmwareImages::line;
 using FirmwareImages::Role;
@@ -14,21 +13,10 @@ Q_DECLARE_METATYPE(FirmwareFault)
 namespace {
 const QString loaderPath = QStringLiteral("/fw/LoaderOut.srec");
 const QString applicationPath = QStringLiteral("/fw/VYR-AppOut.srec");
-constexpr quint32 loaderBase = 0x11fc0;
 
 QByteArray firstLine()
 {
     return "S00600004844521B\n";
-}
-
-FirmwareImages::Image someImage(Role role)
-{
-    FirmwareImages::Image image;
-    image.role = role;
-    image.major = 0x0102;
-    image.minor = 3;
-    image.patch = 255;
-    return image;
 }
 
 /// A loader whose header records are at the addresses given, with that much of the header each.
@@ -50,17 +38,13 @@ QByteArray plainLines(int count)
 }
 } // namespace
 
-class tst_FirmwareImage : public QObject
+class tst_FirmwareImage : public WatchedTest
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_watch = std::make_unique<WarningWatch>(); }
-    void cleanup()
-    {
-        QCOMPARE(WarningWatch::messages(), QStringList());
-        m_watch.reset();
-    }
+    void init() { beginWatch(); }
+    void cleanup() { endWatch(); }
     void pathTellsTheKind_data();
     void pathTellsTheKind();
     void imagesOfAllKinds_data();
@@ -76,9 +60,6 @@ private slots:
     void faults();
     void scanEnds_data();
     void scanEnds();
-
-private:
-    std::unique_ptr<WarningWatch> m_watch;
 };
 
 void tst_FirmwareImage::pathTellsTheKind_data()
@@ -198,7 +179,7 @@ void tst_FirmwareImage::headerSize()
     QFETCH(bool, fits);
     QList<QPair<quint32, int>> records;
     for (const int size : sizes) {
-        records.append({loaderBase, size});
+        records.append({FirmwareImages::headerBase(Role::Loader), size});
     }
     const auto check = checkFirmwareText(loaderWithHeader(records) + plainLines(2), loaderPath);
     QCOMPARE(check.fault, fits ? FirmwareFault::None : FirmwareFault::HeaderTooLarge);
@@ -209,16 +190,20 @@ void tst_FirmwareImage::headerSize()
 /// Where a header record is addressed to inside the header does not matter, nor what is between two of them.
 void tst_FirmwareImage::headerIsJoinedInTheOrderOfTheText()
 {
-    const auto check = checkFirmwareText(
-        loaderWithHeader({{loaderBase + 64, 7}, {0x2000, 0}, {loaderBase, 6}, {loaderBase + 9, 3}}),
-        loaderPath);
+    const auto check =
+        checkFirmwareText(loaderWithHeader({{FirmwareImages::headerBase(Role::Loader) + 64, 7},
+                                            {0x2000, 0},
+                                            {FirmwareImages::headerBase(Role::Loader), 6},
+                                            {FirmwareImages::headerBase(Role::Loader) + 9, 3}}),
+                          loaderPath);
     QCOMPARE(check.fault, FirmwareFault::None);
     QVERIFY(check.version.has_value());
     QCOMPARE(check.version->toString(), QStringLiteral("258.3.255"));
     const QByteArray header = FirmwareImages::header(someImage(Role::Loader), 16);
-    const auto turned = checkFirmwareText(firstLine() + line('3', 4, loaderBase + 8, header.mid(8)) + '\n' +
-                                              line('3', 4, loaderBase, header.left(8)),
-                                          loaderPath);
+    const auto turned = checkFirmwareText(
+        firstLine() + line('3', 4, FirmwareImages::headerBase(Role::Loader) + 8, header.mid(8)) + '\n' +
+            line('3', 4, FirmwareImages::headerBase(Role::Loader), header.left(8)),
+        loaderPath);
     QCOMPARE(turned.fault, FirmwareFault::WrongProduct);
 }
 
@@ -226,7 +211,8 @@ void tst_FirmwareImage::headerIsJoinedInTheOrderOfTheText()
 void tst_FirmwareImage::headerThatIsTooShortForAProduct()
 {
     const auto of = [](int size) {
-        return checkFirmwareText(loaderWithHeader({{loaderBase, size}}), loaderPath);
+        return checkFirmwareText(loaderWithHeader({{FirmwareImages::headerBase(Role::Loader), size}}),
+                                 loaderPath);
     };
     QCOMPARE(of(0).fault, FirmwareFault::None);
     QVERIFY(!of(0).version);
@@ -241,7 +227,8 @@ void tst_FirmwareImage::headerThatIsTooShortForAProduct()
 void tst_FirmwareImage::firstLineIsNeitherCountedNorRead()
 {
     const QByteArray header = FirmwareImages::header(someImage(Role::Loader));
-    const auto check = checkFirmwareText(line('3', 4, loaderBase, header) + '\n' + plainLines(3), loaderPath);
+    const auto check = checkFirmwareText(
+        line('3', 4, FirmwareImages::headerBase(Role::Loader), header) + '\n' + plainLines(3), loaderPath);
     QCOMPARE(check.fault, FirmwareFault::None);
     QCOMPARE(check.lineCount, 3);
     QVERIFY(!check.version);
@@ -302,7 +289,7 @@ void tst_FirmwareImage::scanEnds_data()
 void tst_FirmwareImage::scanEnds()
 {
     QFETCH(QByteArray, end);
-    const QByteArray header = loaderWithHeader({{loaderBase, 32}});
+    const QByteArray header = loaderWithHeader({{FirmwareImages::headerBase(Role::Loader), 32}});
     const auto after = checkFirmwareText(header + plainLines(2) + end + plainLines(4), loaderPath);
     QCOMPARE(after.fault, FirmwareFault::None);
     QCOMPARE(after.lineCount, 3);

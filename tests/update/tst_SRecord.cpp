@@ -1,11 +1,10 @@
 #include "support/FirmwareImages.h"
-#include "support/WarningWatch.h"
+#include "support/WatchedTest.h"
 #include "update/SRecordReaders.h"
 
 #include <QFile>
 #include <QTest>
 
-#include <memory>
 #include <string_view>
 
 using FirmwareImages::line;
@@ -46,17 +45,13 @@ QList<int> statuses(const QList<ReadLine>& lines)
 }
 } // namespace
 
-class tst_SRecord : public QObject
+class tst_SRecord : public WatchedTest
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_watch = std::make_unique<WarningWatch>(); }
-    void cleanup()
-    {
-        QCOMPARE(WarningWatch::messages(), QStringList());
-        m_watch.reset();
-    }
+    void init() { beginWatch(); }
+    void cleanup() { endWatch(); }
     void statusOfOneLine_data();
     void statusOfOneLine();
     void fields_data();
@@ -69,9 +64,6 @@ private slots:
     void charactersBeyondLatin1();
     void streamWithoutText();
     void closedFileIsAtItsEnd();
-
-private:
-    std::unique_ptr<WarningWatch> m_watch;
 };
 
 void tst_SRecord::statusOfOneLine_data()
@@ -145,9 +137,8 @@ void tst_SRecord::statusOfOneLine()
     ReadLine fromBytes = sentinel();
     fromBytes.status = SRecordText(text).next(fromBytes.record);
     ReadLine fromStream = sentinel();
-    QTextStream stream(text);
-    stream.setAutoDetectUnicode(false);
-    QtVersion::useLatin1(stream);
+    QString characters = QString::fromLatin1(text.constData(), text.size());
+    QTextStream stream(&characters, QIODevice::ReadOnly);
     fromStream.status = parseRecord(stream, fromStream.record);
 
     QCOMPARE(fromBytes.status, status);

@@ -67,7 +67,7 @@ void tst_UpdateAfter::pollingAfterwards()
     QFETCH(int, number);
     QFETCH(bool, isPolled);
     if (beginning == "wf:") {
-        m_device->when(beginning, number, &clickCancel);
+        m_device->when(beginning, number, &cancelProgress);
     } else if (beginning == "goloader") {
         m_device->start(beginning, number, "VYRApp V2.7.0");
     } else if (!beginning.isEmpty()) {
@@ -276,7 +276,7 @@ void tst_UpdateAfter::starterIsActiveAgain()
 {
     QFETCH(bool, isCanceled);
     if (isCanceled) {
-        m_device->when("wf:", 1, &clickCancel);
+        m_device->when("wf:", 1, &cancelProgress);
     }
     m_hand->dialog().activateWindow();
     QTRY_COMPARE(QApplication::activeWindow(), &m_hand->dialog());

@@ -64,42 +64,51 @@ private:
         const char* name;
         std::function<void(tst_UpdateAround&)> doIt;
     };
+    static std::vector<Click> windowClicks();
+    static std::vector<Click> dialogClicks();
     static std::vector<Click> clicks();
     void click(const char* name) const { m_hand->click(name); }
     QWidget* part(const char* name) const { return m_window->findChild<QWidget*>(QLatin1String(name)); }
 };
 
-std::vector<tst_UpdateAround::Click> tst_UpdateAround::clicks()
+std::vector<tst_UpdateAround::Click> tst_UpdateAround::windowClicks()
 {
     using Test = tst_UpdateAround;
-    const auto inDialog = [](const char* name) { return [name](Test& t) { t.click(name); }; };
-    const auto inWindow = [](const char* name) {
+    const auto on = [](const char* name) {
         return [name](Test& t) { QTest::mouseClick(t.part(name), Qt::LeftButton); };
     };
     return {
-        {"shutter", inWindow("pushButtonChannelShutter1")},
+        {"shutter", on("pushButtonChannelShutter1")},
         {"intensity",
          [](Test& t) {
              auto* const slider = Column(*t.m_window, 2).slider;
              QTest::keyClick(slider, slider->value() < slider->maximum() ? Qt::Key_Up : Qt::Key_Down);
          }},
         {"arrows", [](Test& t) { clickHalf(Column(*t.m_window, 3).arrows, false); }},
-        {"laser on", inWindow("labelLaserOnOff")},
-        {"clear faults", inWindow("labelLaserStatus")},
-        {"load a scenario", inWindow("pushButtonLoadScenario")},
-        {"restore defaults", inDialog("pushButtonRestoreDefaults")},
-        {"reset", inDialog("pushButtonSystemReset")},
-        {"reset on the service page", inDialog("pushButtonSystemReset2")},
-        {"loader mode", inDialog("pushButtonLoaderMode")},
-        {"loader mode on the service page", inDialog("pushButtonLoaderMode2")},
-        {"get configuration", inDialog("pushButtonGetSystemConfigData")},
-        {"set configuration", inDialog("pushButtonSetSystemConfigData")},
-        {"set identity", inDialog("pushButtonSetProductConfigData")},
-        {"shutter control", inDialog("radioButtonShutterControlExternal")},
-        {"intensity control", inDialog("radioButtonIntensityControlExternal")},
-        {"despeckler", inDialog("radioButtonDespecklerOff")},
-        {"polarity", inDialog("radioButtonTTLShutterClosed405")},
-        {"sleep timer", inDialog("checkBoxSleepTimer")},
+        {"laser on", on("labelLaserOnOff")},
+        {"clear faults", on("labelLaserStatus")},
+        {"load a scenario", on("pushButtonLoadScenario")},
+    };
+}
+
+std::vector<tst_UpdateAround::Click> tst_UpdateAround::dialogClicks()
+{
+    using Test = tst_UpdateAround;
+    const auto on = [](const char* name) { return [name](Test& t) { t.click(name); }; };
+    return {
+        {"restore defaults", on("pushButtonRestoreDefaults")},
+        {"reset", on("pushButtonSystemReset")},
+        {"reset on the service page", on("pushButtonSystemReset2")},
+        {"loader mode", on("pushButtonLoaderMode")},
+        {"loader mode on the service page", on("pushButtonLoaderMode2")},
+        {"get configuration", on("pushButtonGetSystemConfigData")},
+        {"set configuration", on("pushButtonSetSystemConfigData")},
+        {"set identity", on("pushButtonSetProductConfigData")},
+        {"shutter control", on("radioButtonShutterControlExternal")},
+        {"intensity control", on("radioButtonIntensityControlExternal")},
+        {"despeckler", on("radioButtonDespecklerOff")},
+        {"polarity", on("radioButtonTTLShutterClosed405")},
+        {"sleep timer", on("checkBoxSleepTimer")},
         {"minutes of the sleep timer",
          [](Test& t) {
              auto* const minutes = t.m_hand->part<QSpinBox>("spinBoxSleepTimer");
@@ -109,6 +118,7 @@ std::vector<tst_UpdateAround::Click> tst_UpdateAround::clicks()
          [](Test& t) {
              QMetaObject::invokeMethod(&t.m_hand->dialog(), "on_comboBoxComPort_activated", Q_ARG(int, 0));
          }},
+        {"save diagnostics", on("pushButtonSaveDiagnostics")},
         {"terminal",
          [](Test& t) {
              auto* const console = t.m_hand->part<QWidget>("consoleWindow");
@@ -117,6 +127,14 @@ std::vector<tst_UpdateAround::Click> tst_UpdateAround::clicks()
              QTest::keyClick(console, Qt::Key_Return);
          }},
     };
+}
+
+std::vector<tst_UpdateAround::Click> tst_UpdateAround::clicks()
+{
+    std::vector<Click> all = windowClicks();
+    const std::vector<Click> others = dialogClicks();
+    all.insert(all.end(), others.begin(), others.end());
+    return all;
 }
 
 void tst_UpdateAround::refusals_data()

@@ -71,8 +71,8 @@ QStringList tst_UpdateBackup::columnHeaders() const
 
 QByteArray tst_UpdateBackup::backupContent() const
 {
-    const QStringList names = m_home->backups();
-    QFile file(m_home->backupFolder() + QLatin1Char('/') + names.value(0));
+    const QStringList names = backups();
+    QFile file(m_home->dataFolder() + QLatin1Char('/') + names.value(0));
     return names.size() == 1 && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
@@ -98,8 +98,8 @@ void tst_UpdateBackup::name()
     update();
     QCOMPARE(asked.size(), 1);
     const QFileInfo file(asked.first().first().toString());
-    QCOMPARE(file.path(), m_home->backupFolder());
-    QCOMPARE(m_home->backups(), QStringList{file.fileName()});
+    QCOMPARE(file.path(), m_home->dataFolder());
+    QCOMPARE(backups(), QStringList{file.fileName()});
     const QRegularExpression pattern(
         QStringLiteral("^CalibrationConfig (\\d{4}-\\d{2}-\\d{2} \\d{6}) V(\\d+_\\d+_\\d+)\\.json$"));
     const QRegularExpressionMatch match = pattern.match(file.fileName());
@@ -146,7 +146,7 @@ void tst_UpdateBackup::content()
     QFETCH(QByteArray, running);
     QVERIFY(buildUpdate([&running](UpdatableDevice& device) { device.running = running; }));
     if (hasFolder) {
-        QVERIFY(QDir().mkpath(m_home->backupFolder()));
+        QVERIFY(QDir().mkpath(m_home->dataFolder()));
     }
     enter(likelyTexts());
     const QByteArray expected = CalibrationFile::toJson(likelyTexts(), columnHeaders());
@@ -191,7 +191,7 @@ void tst_UpdateBackup::everyRunHasItsOwn()
     const QDateTime first = QDateTime::currentDateTime();
     QTRY_VERIFY(first.secsTo(QDateTime::currentDateTime()) >= 1);
     QCOMPARE(update().count(backup), 1);
-    QCOMPARE(m_home->backups().size(), 2);
+    QCOMPARE(backups().size(), 2);
 }
 
 void tst_UpdateBackup::failsSilently_data()
@@ -221,7 +221,7 @@ void tst_UpdateBackup::noBackupBefore()
     QVERIFY(buildUpdate());
     m_device->answer("isloadervalid", 1, "No");
     QCOMPARE(update().count(backup), 0);
-    QVERIFY(m_home->backups().isEmpty());
+    QVERIFY(backups().isEmpty());
 }
 
 QTEST_MAIN(tst_UpdateBackup)

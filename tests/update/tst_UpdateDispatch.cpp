@@ -36,8 +36,8 @@ void tst_UpdateDispatch::run()
             reconnectAs(m_imageDuringBackup);
         }
     });
-    if (row.plan) {
-        row.plan(*this);
+    for (const Plan& plan : row.plans) {
+        plan(*this);
     }
     QCOMPARE(update(), row.expected);
     QVERIFY(!m_window->update()->isInProgress());

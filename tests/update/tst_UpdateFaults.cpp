@@ -176,6 +176,25 @@ int runPart(bool slow, int part, int parts)
     std::printf("tried %d\n", tried);
     return 0;
 }
+
+std::vector<std::unique_ptr<QProcess>> startCopies(int slowPoints)
+{
+    std::vector<std::unique_ptr<QProcess>> copies;
+    const auto start = [&copies](const char* what, int part, int parts) {
+        copies.push_back(std::make_unique<QProcess>());
+        copies.back()->setStandardErrorFile(QProcess::nullDevice());
+        copies.back()->start(QCoreApplication::applicationFilePath(),
+                             {QLatin1String(what), QString::number(part), QString::number(parts)});
+    };
+    // A slow point does nothing but wait, so that each can have a copy for itself.
+    for (int part = 0; part < slowPoints; ++part) {
+        start("--slow", part, slowPoints);
+    }
+    for (int part = 0; part < fastParts; ++part) {
+        start("--fast", part, fastParts);
+    }
+    return copies;
+}
 } // namespace
 
 class tst_UpdateFaults : public QObject
@@ -195,20 +214,7 @@ void tst_UpdateFaults::everyPoint()
     QVERIFY(slowPoints > 0);
     QElapsedTimer clock;
     clock.start();
-    std::vector<std::unique_ptr<QProcess>> copies;
-    const auto start = [&copies](const char* what, int part, int parts) {
-        copies.push_back(std::make_unique<QProcess>());
-        copies.back()->setStandardErrorFile(QProcess::nullDevice());
-        copies.back()->start(QCoreApplication::applicationFilePath(),
-                             {QLatin1String(what), QString::number(part), QString::number(parts)});
-    };
-    // A slow point does nothing but wait, so that each can have a copy for itself.
-    for (int part = 0; part < slowPoints; ++part) {
-        start("--slow", part, slowPoints);
-    }
-    for (int part = 0; part < fastParts; ++part) {
-        start("--fast", part, fastParts);
-    }
+    const auto copies = startCopies(slowPoints);
     int tried = 0;
     QStringList wrong;
     for (const auto& copy : copies) {

@@ -71,7 +71,7 @@ private:
     QByteArray sent() const; ///< as the device got it
     bool isDialogGone() const { return m_window->findChildren<QProgressDialog*>().isEmpty(); }
 
-    std::unique_ptr<Update::Run> m_run;
+    std::unique_ptr<Update::InProgress> m_run;
 };
 
 void tst_UpdateProgramming::init()
@@ -80,7 +80,7 @@ void tst_UpdateProgramming::init()
     QVERIFY(buildUpdate([](UpdatableDevice& device) { device.running = device.loader; }));
     m_illuminator->clearCommands();
     m_device->clearLines();
-    m_run = std::make_unique<Update::Run>(*m_window->update());
+    m_run = std::make_unique<Update::InProgress>(*m_window->update());
 }
 
 void tst_UpdateProgramming::cleanup()
@@ -301,7 +301,7 @@ void tst_UpdateProgramming::cancel()
         QProgressDialog* const progress = UpdateTrace::progressDialog();
         QVERIFY(progress != nullptr);
         if (way == 0) {
-            clickCancel();
+            cancelProgress();
         } else if (way == 1) {
             QTest::keyClick(progress, Qt::Key_Escape);
         } else {

@@ -160,7 +160,7 @@ void tst_UpdateStart::canceledFileDialog()
     QCOMPARE(m_bench->log().count(QStringLiteral("Error extracting archive."), QsLogging::LogLevel::Error),
              3);
     QCOMPARE(storedPath().toString(), QStringLiteral("/somewhere/VYR.7z"));
-    QVERIFY(m_home->backups().isEmpty());
+    QVERIFY(backups().isEmpty());
 }
 
 void tst_UpdateStart::damagedArchive_data()
@@ -250,7 +250,7 @@ void tst_UpdateStart::badImages()
     QCOMPARE(shown(update()), QStringList{box});
     // The place is kept as soon as the loader is right, whatever the application is.
     QCOMPARE(storedPath().toString(), name == loaderName ? QString() : archivePath());
-    QVERIFY(m_home->backups().isEmpty());
+    QVERIFY(backups().isEmpty());
 }
 
 void tst_UpdateStart::bothImagesBad()

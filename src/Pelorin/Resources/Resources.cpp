@@ -4,6 +4,10 @@
 #include <QFile>
 #include <QStyleFactory>
 
+namespace {
+constexpr qreal denseRatio = 2.0; ///< pixels per unit of the pictures that have "@2x" in their names
+} // namespace
+
 void initResources()
 {
     Q_INIT_RESOURCE(Resources);
@@ -12,10 +16,20 @@ void initResources()
 QPixmap loadPicture(const QString& fileName)
 {
     initResources();
-    QString dense = fileName;
-    dense.insert(fileName.lastIndexOf(QLatin1Char('.')), QStringLiteral("@2x"));
-    const bool wantsDense = qApp->devicePixelRatio() > 1.0 && QFile::exists(dense);
-    return QPixmap(wantsDense ? dense : fileName);
+    const qreal ratio = qApp->devicePixelRatio();
+    QString denseName = fileName;
+    denseName.insert(fileName.lastIndexOf(QLatin1Char('.')), QStringLiteral("@2x"));
+    if (ratio <= 1.0 || !QFile::exists(denseName)) {
+        return QPixmap(fileName);
+    }
+    QPixmap picture(denseName);
+    if (ratio < denseRatio) {
+        // A label would leave out every so many pixels instead.
+        picture = picture.scaled(picture.size() * ratio / denseRatio, Qt::IgnoreAspectRatio,
+                                 Qt::SmoothTransformation);
+        picture.setDevicePixelRatio(ratio);
+    }
+    return picture;
 }
 
 QString loadStyleSheet()
@@ -56,17 +70,22 @@ QIcon applicationIcon()
 {
     initResources();
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    // Every size is decoded at the start: the next one, 256, alone would cost it a fifteenth.
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
         icon.addFile(QStringLiteral(":/Resources/buttons/vyr_%1.png").arg(size), QSize(size, size));
     }
     return icon;
 }
 
-void applyLook(QApplication& application)
+void applyColours()
 {
-    // One style everywhere: the sheet below is tuned to it, and a desktop's own style would show through.
+    // One style everywhere: the sheet is tuned to it, and a desktop's own style would show through.
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(darkPalette());
     QApplication::setWindowIcon(applicationIcon());
+}
+
+void applyStyleSheet(QApplication& application)
+{
     application.setStyleSheet(loadStyleSheet());
 }

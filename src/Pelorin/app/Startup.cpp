@@ -14,13 +14,15 @@ namespace {
 constexpr qint64 maximumLogBytes = 2'000'000;
 constexpr int oldLogsRequested = 25;
 
-int runWindow(const QString& arguments, const std::function<void(PelorinMainWindow&)>& beforeShow)
+int runWindow(QApplication& application, const QString& arguments,
+              const std::function<void(PelorinMainWindow&)>& beforeShow)
 {
     PelorinMainWindow window;
     // The constructor has loaded the settings already. What it applied is applied to a fresh set of channels
     // once more, so that a start leaves the same state as any later reload.
     window.loadSettings();
     window.processCommandLine(arguments);
+    applyStyleSheet(application);
     if (beforeShow) {
         beforeShow(window);
     }
@@ -44,8 +46,8 @@ void configureLog(const QString& folder)
 {
     QsLogging::Logger& logger = QsLogging::Logger::instance();
     logger.setLevel(QsLogging::LogLevel::Info);
-    logger.addDestination(QsLogging::makeFileDestination(folder + QLatin1String("/VYR_Log.txt"), true,
-                                                         maximumLogBytes, oldLogsRequested));
+    logger.addDestination(
+        QsLogging::makeFileDestination(logFileIn(folder), true, maximumLogBytes, oldLogsRequested));
     logger.addDestination(QsLogging::makeDebugOutputDestination());
 }
 
@@ -72,6 +74,6 @@ int runProgram(int argc, char** argv, const std::function<void(PelorinMainWindow
     const QString arguments = joinArguments(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnwick"));
     QCoreApplication::setApplicationName(QStringLiteral("VYR"));
-    applyLook(application);
-    return runWindow(arguments, beforeShow);
+    applyColours();
+    return runWindow(application, arguments, beforeShow);
 }

@@ -28,16 +28,6 @@ inline void useUtf8(QTextStream& stream)
 #endif
 }
 
-/// Makes @p stream take every byte for the character of the same number.
-inline void useLatin1(QTextStream& stream)
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    stream.setCodec("ISO-8859-1");
-#else
-    stream.setEncoding(QStringConverter::Latin1);
-#endif
-}
-
 /// Text in the local 8-bit encoding that comes in pieces: a character split over two of them is decoded once
 /// it is complete. Nothing is taken for a byte order mark.
 class LocalDecoder
@@ -123,18 +113,6 @@ inline void followScreenDensity()
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-#endif
-}
-
-/// The icon as sharp as the screen that shows @p widget. A template, as this header serves rooms, too, that
-/// know nothing of icons and widgets.
-template<typename Icon, typename Size, typename Widget>
-auto pixmapOf(const Icon& icon, const Size& size, const Widget& widget)
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    return icon.pixmap(widget.window()->windowHandle(), size);
-#else
-    return icon.pixmap(size, widget.devicePixelRatioF());
 #endif
 }
 

@@ -2,6 +2,8 @@
 
 #include "device/DevicePrivate.h"
 
+#include <QAbstractEventDispatcher>
+
 Device::Private::Private(Device& device) : q(&device)
 {
     connect(&line, &SerialLine::received, q, [this](const QByteArray& chunk) { onReceived(chunk); });
@@ -12,6 +14,8 @@ Device::Private::Private(Device& device) : q(&device)
     connect(&transactionTimer, &QTimer::timeout, q, [this] { onResponseTimeout(); });
     connect(&busyTimer, &QTimer::timeout, q, [this] { onBusyTimeout(); });
     connect(&pollTimer, &QTimer::timeout, q, &Device::pollDevice);
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, q,
+            [this] { onAboutToSleep(); });
     for (QTimer* timer : {&transactionTimer, &busyTimer, &pollTimer})
         timer->setTimerType(Qt::PreciseTimer);
     connectionTimer.start(connectionInterval);

@@ -35,11 +35,11 @@ public:
     void flushInput();
     /// Sends `command` (with its line feed), waits up to 1500 ms; `reply` is left alone on failure.
     int transaction(const QByteArray& command, QString& reply);
-    /// A transaction whose reply is only logged; 0 without doing anything when the port is not open.
-    int sendCommand(const char* text);
+    int sendCommand(const char* text); ///< a transaction, its reply logged only; 0 at once when not open
     /// Sends "goloader" or "goapp" and waits up to 45 s for the answer, whatever else uses the line.
     int sendGoCommand(const char* text);
-    /// Sends `command` (with its line feed) without waiting, or queues it while the line is in use.
+    /// Sends `command` (with its line feed) at once without waiting, or queues it while the line is in use;
+    /// where older ones are queued, sends them all first and waits for their replies.
     int sendOrEnqueue(const QByteArray& command);
     /// Sends all that is queued, each command with its reply; the first failure ends it and is returned.
     int drainQueue();
@@ -73,7 +73,7 @@ public:
     // --- Last states told by the device (see DevicePolling.cpp) ------------------------------------
     bool faultState() const;
     bool warningState() const;
-    void setPolling(bool on); ///< allows or stops the status poll; never runs in device modes 1, 2 and 4
+    void setPolling(bool on); ///< the status poll; never in Loader, LoaderUpdater, UpdatingLaserController
 
     // --- Queries -----------------------------------------------------------------------------------
     int getFunctionalMode(FunctionalMode_t& mode);

@@ -9,10 +9,6 @@ namespace {
 // Firmware above these knows the channel record and keeps the system record at its newer address.
 constexpr FirmwareVersion loaderConfigLimit{1, 4, 6};
 constexpr FirmwareVersion configLimit{2, 6, 2};
-
-// Named in the log for each port that is found.
-constexpr int loggedVendorId = 12070;
-constexpr int loggedProductId = 15000;
 } // namespace
 
 void Device::selectPort(const QString& portName)
@@ -29,10 +25,11 @@ void Device::checkConnectionStatus()
     if (d->shutDown)
         return;
     const QList<SerialPortEntry> ports = SerialPorts::available();
+    const UsbIdentifiers usual = SerialPorts::illuminators.front();
     for (const SerialPortEntry& port : ports) {
         QS_INFO() << "Found vendorID: " << port.vendorId.value_or(0)
-                  << "prodID: " << port.productId.value_or(0) << "Matching to:" << loggedVendorId
-                  << loggedProductId;
+                  << "prodID: " << port.productId.value_or(0) << "Matching to:" << usual.vendorId
+                  << usual.productId;
     }
     if (isOpen())
         d->watchOpenPort(ports);

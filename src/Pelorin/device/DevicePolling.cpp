@@ -48,17 +48,24 @@ void Device::setPolling(bool on)
 
 void Device::pollDevice()
 {
-    if (shared().pollInProgress)
+    const bool isOvertaking = shared().pollInProgress;
+    if (isOvertaking && !d->isHeldUp())
         return;
     const QScopedValueRollback<bool> guard(shared().pollInProgress, true);
     if (d->isLineBusy() || !isOpen())
         return;
+    if (isOvertaking)
+        ++d->generation;
+    // A timer does not fire inside its own slot unless it was started anew.
+    if (d->pollTimer.isActive())
+        d->pollTimer.start();
     QS_TRACE() << "** Start Poll **";
     d->runPollTick();
     QS_TRACE() << "** End Poll **";
 }
 
-/// Stops between two steps when the connection that the tick was for is gone.
+/// Stops between two steps when the connection that the tick was for is gone, or another tick has taken its
+/// place.
 void Device::Private::runPollTick()
 {
     using Step = void (*)(Private&);
@@ -68,7 +75,7 @@ void Device::Private::runPollTick()
         [](Private& link) { link.pollFunctionalMode(); }, [](Private& link) { link.pollIntensities(); },
         [](Private& link) { link.pollWarning(); },
     };
-    poll.generation = generation;
+    const QScopedValueRollback<int> tick(poll.generation, generation);
     for (const Step step : steps) {
         step(*this);
         if (generation != poll.generation)
@@ -76,7 +83,7 @@ void Device::Private::runPollTick()
     }
 }
 
-/// True when the query succeeded, and the connection that it went to is still the tick's.
+/// True when the query succeeded, and what it told is still this tick's to tell.
 bool Device::Private::isTold(int code) const
 {
     return code == DeviceResult::Ok && generation == poll.generation;

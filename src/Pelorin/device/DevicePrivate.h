@@ -31,6 +31,7 @@ struct Device::Private
         bool pending = true;
         End end = End::Closed;
         QByteArray reply;
+        bool heldUp = false; ///< it is over, but another event loop runs on top of it
     };
 
     /// The device's identity as its identification told it; empty until then.
@@ -58,11 +59,16 @@ struct Device::Private
         int generation = 0;       ///< of the tick that runs
         bool sourceKnown = false; ///< this tick's "int_mode?" succeeded
     };
-    explicit Private(Device& device);
-    // DeviceTransport.cpp
+    explicit Private(Device& device); // DeviceTransport.cpp
+    /// Something that wakes the event loop must be running.
     template<typename Pending>
-    static void sleepWhile(Pending pending); ///< something that wakes the event loop must be running
+    static void sleepWhile(Pending pending)
+    {
+        while (pending())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
     bool isLineBusy() const { return inTransaction || switchPending; }
+    bool isHeldUp() const { return !waits.isEmpty() && waits.last()->heldUp; }
     bool isQueueDue() const;
     bool isBusy() const { return isQueueDue() || isLineBusy(); }
     int startResponseTimer(std::chrono::milliseconds timeout);
@@ -76,8 +82,9 @@ struct Device::Private
     void onResponseTimeout();
     void onBusyTimeout();
     void onAboutToClose();
+    void onAboutToSleep();
     void stopTimers();
-    // DeviceQueue.cpp, DeviceCommands.cpp
+    // DeviceQueue.cpp, DeviceCommands.cpp, DeviceRecords.cpp
     void enqueue(const QByteArray& command);
     int sendDirectly(const QByteArray& command);
     int sendQueued(const QByteArray& command);
@@ -85,7 +92,7 @@ struct Device::Private
     int ask(const char* command, Parser parser, Result& result);
     int set(const QByteArray& command) const;
     int askNecselController(const char* key, QString& text);
-    int awaitIdleLine() const; // DeviceRecords.cpp
+    int awaitIdleLine() const;
     int recordStep(const QByteArray& command, QString& reply, int connection) const;
     int checkRecord(const char* question, int connection) const;
     int writeRecord(quint32 address, const quint8* bytes, int size, const char* markValid) const;
@@ -101,7 +108,7 @@ struct Device::Private
     void identifyStoredImages();
     void tellRunningImage();
     int switchImage(const char* command);
-    int awaitReconnection(const QDeadlineTimer& deadline, int device);
+    int awaitReconnection(const QDeadlineTimer& deadline, int deviceNumberBefore);
     // DevicePolling.cpp
     void runPollTick();
     bool isTold(int code) const;
@@ -141,10 +148,3 @@ struct Device::Private
     Identity identity;
     PollState poll;
 };
-
-template<typename Pending>
-void Device::Private::sleepWhile(Pending pending)
-{
-    while (pending())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}

@@ -31,7 +31,7 @@ int Device::sendOrEnqueue(const QByteArray& command)
 /// What is left in the queue when a command fails, or when the port closes, waits for the next drain.
 int Device::drainQueue()
 {
-    if (d->isLineBusy() || draining())
+    if (d->isLineBusy() || (draining() && !d->isHeldUp()))
         return DeviceResult::Ok;
     if (!isOpen())
         return DeviceResult::NotOpen;

@@ -242,6 +242,16 @@ void Device::Private::onAboutToClose()
     emit q->deviceDisconnected(portName);
 }
 
+/// A message box that opens at a click inside a wait keeps whoever waits from going on for as long as the
+/// user leaves it open. The screen must follow the device all the same, and what is queued must be sent, so
+/// another tick and another drain take the place of those that wait. A wait's own loop does not sleep once it
+/// is over.
+void Device::Private::onAboutToSleep()
+{
+    if (!waits.isEmpty() && !waits.last()->pending)
+        waits.last()->heldUp = true;
+}
+
 void Device::Private::stopTimers()
 {
     for (QTimer* timer : {&connectionTimer, &transactionTimer, &busyTimer, &pollTimer})

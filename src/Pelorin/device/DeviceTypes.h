@@ -8,6 +8,13 @@
 /// Channels of the device; every per-channel array is in the device's order, 405 to 730 nm.
 constexpr int channelCount = 8;
 
+/// The levels of a channel, in percent.
+constexpr int minimumPercent = 0;
+constexpr int maximumPercent = 100;
+
+/// The longest time of idleness, in minutes, after which the device can be told to sleep.
+constexpr int maximumSleepMinutes = 99;
+
 /// The laser system's functional mode. Warm-up is entered by the device alone and cannot be requested.
 enum FunctionalMode_t : int { FunctionalModeWarmup = 0, FunctionalModeIdle = 1, FunctionalModeRun = 2 };
 Q_DECLARE_METATYPE(FunctionalMode_t)

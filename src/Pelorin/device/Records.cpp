@@ -34,14 +34,14 @@ QList<QByteArray> Records::writeCommands(quint32 address, const quint8* bytes, i
     for (int offset = 0; offset < size; offset += writeChunkSize) {
         const QByteArray data(reinterpret_cast<const char*>(bytes) + offset,
                               std::min(writeChunkSize, size - offset));
-        commands.append("wf:" + dataLine(address + static_cast<quint32>(offset), data) + '\n');
+        commands.append(writePrefix + dataLine(address + static_cast<quint32>(offset), data) + '\n');
     }
     return commands;
 }
 
 QByteArray Records::readCommand(quint32 address, int size)
 {
-    return QStringLiteral("%1 %2 %3\n").arg(QStringLiteral("rf:")).arg(address).arg(size).toLatin1();
+    return QStringLiteral("rf: %1 %2\n").arg(address).arg(size).toLatin1();
 }
 
 int Records::bytesOf(const QString& reply, quint8* bytes, int size)

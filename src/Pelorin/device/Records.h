@@ -8,6 +8,8 @@
 
 /// The commands and replies by which the configuration records move. Everything is pure and total.
 namespace Records {
+/// Begins the command that writes one line, of a record as of a firmware image.
+constexpr char writePrefix[] = "wf:";
 constexpr quint32 systemConfigAddress = 0x800064;      ///< where it is written, and read by newer firmware
 constexpr quint32 olderSystemConfigAddress = 0x800080; ///< where older firmware is asked for it
 constexpr quint32 channelConfigAddress = 0x800198;

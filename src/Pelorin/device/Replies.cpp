@@ -9,7 +9,6 @@
 #include <optional>
 
 namespace {
-constexpr uint maxSleepMinutes = 99;
 constexpr uint maxVersionPart = 255;
 
 /// `text` without `part`, wherever and in whatever case it stands.
@@ -180,7 +179,7 @@ int Replies::sleepTime(const QString& reply, quint8& minutes)
     const QString number = contains(reply, key) ? withoutLineFeeds(without(reply, key)) : reply;
     bool converted = false;
     const uint value = number.toUInt(&converted);
-    if (!converted || value > maxSleepMinutes)
+    if (!converted || value > uint(maximumSleepMinutes))
         return DeviceResult::NotUnderstood;
     minutes = static_cast<quint8>(value);
     return DeviceResult::Ok;

@@ -1,7 +1,7 @@
 #include "device/SerialLine.h"
 
 #include "QsLog2_1_0/QsLog.h"
-#include "device/OpenFailure.h"
+#include "device/FailedOpening.h"
 #include "device/SerialPorts.h"
 
 #include <QMetaEnum>

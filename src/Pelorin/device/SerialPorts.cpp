@@ -3,17 +3,9 @@
 #include <QSerialPortInfo>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
-struct UsbIdentifiers
-{
-    quint16 vendorId;
-    quint16 productId;
-};
-constexpr std::array<UsbIdentifiers, 2> illuminators{{{0x2F26, 0x3A98}, {0x03EB, 0x2404}}};
-
 SerialPorts::Lister& currentLister()
 {
     static SerialPorts::Lister current;

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -17,7 +18,16 @@ struct SerialPortEntry
     QString manufacturer = {};        ///< the same of its maker
 };
 
+struct UsbIdentifiers
+{
+    quint16 vendorId;
+    quint16 productId;
+};
+
 namespace SerialPorts {
+/// The pairs that illuminators carry, the usual one first.
+constexpr std::array<UsbIdentifiers, 2> illuminators{{{0x2F26, 0x3A98}, {0x03EB, 0x2404}}};
+
 using Lister = std::function<QList<SerialPortEntry>()>;
 
 /// The serial ports present now, in the platform's order.

@@ -167,5 +167,5 @@ QString DiagnosticsTexts::readme(const QString& programVersion, const QDateTime&
            QStringLiteral(
                "\nThe log files tell when the program ran, what it did and what the device answered; the\n"
                "settings hold your choices and the names of your channels and scenarios. Both may name\n"
-               "folders of this computer. Nothing else was taken from it.\n");
+               "folders of this computer, and with them its user. Nothing else was taken from it.\n");
 }

@@ -1,6 +1,8 @@
 #include "mainwindow/ChannelPanel.h"
 
 #include "Resources/Resources.h"
+#include "forms/FormWidgets.h"
+#include "mainwindow/ChannelTable.h"
 
 #include <QFrame>
 #include <QIntValidator>
@@ -13,19 +15,14 @@
 #include <QSlider>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 
 namespace {
-constexpr int minimumPercent = 0;
-constexpr int maximumPercent = 100;
 constexpr int collapsedColumnHeight = 100;
 constexpr int expandedColumnHeight = 551;
-// A poll's round, and the time-out of one command before it.
-constexpr std::chrono::milliseconds reportTime{2000};
 
 constexpr char sliderStyle[] =
-    "QSlider::add-page:vertical {background:#%1%2%3; border:1px solid #000;width:10px;border-radius:7px;}"
+    "QSlider::add-page:vertical {background:#%1; border:1px solid #000;width:10px;border-radius:7px;}"
     "QSlider::groove:vertical {border:1px solid #000; background:#000; width:20px;border-radius: 7px; "
     "margin-top:10px; margin-bottom:10px;}"
     "QSlider::sub-page:vertical {background:#000;border:1px solid #000;width:10px;border-radius:7px;}"
@@ -40,14 +37,18 @@ constexpr char sliderStyle[] =
 template<typename Widget>
 Widget* find(const QWidget& window, const char* objectName, int number)
 {
-    auto* widget = window.findChild<Widget*>(QString::fromLatin1(objectName) + QString::number(number));
-    Q_ASSERT(widget != nullptr);
-    return widget;
+    return formWidget<Widget>(window, QString(QLatin1String(objectName) + QString::number(number)));
 }
 
-QString hexadecimal(int component)
+using ChannelParts = std::array<QWidget*, 4>;
+
+/// A screen reader says only "Channel 3" of them, and no wavelength; the operator's name has it.
+void tellName(const ChannelParts& parts, const QString& name)
 {
-    return QStringLiteral("%1").arg(component, 2, 16, QLatin1Char('0'));
+    const QString told = name.isEmpty() ? name : QString(name + QLatin1String(". "));
+    for (QWidget* part : parts) {
+        part->setAccessibleDescription(told + part->toolTip());
+    }
 }
 } // namespace
 
@@ -64,6 +65,10 @@ ChannelPanel::ChannelPanel(const QWidget& window)
         channel.slider = find<QSlider>(window, "verticalSliderChannel", number);
         channel.shutter = find<QPushButton>(window, "pushButtonChannelShutter", number);
         channel.arrows->setPixmap(loadPicture(QStringLiteral(":/Resources/buttons/up_down.png")));
+        const ChannelParts parts{channel.percentage, channel.arrows, channel.slider, channel.shutter};
+        tellName(parts, channel.name->text());
+        QObject::connect(channel.name, &QLineEdit::textChanged, channel.name,
+                         [parts](const QString& name) { tellName(parts, name); });
     }
 }
 
@@ -105,9 +110,12 @@ void ChannelPanel::showShutter(int number, bool open)
 
 void ChannelPanel::showColour(int number, const QColor& colour)
 {
-    widgets(number).slider->setStyleSheet(
-        QString::fromLatin1(sliderStyle)
-            .arg(hexadecimal(colour.red()), hexadecimal(colour.green()), hexadecimal(colour.blue())));
+    QSlider* const slider = widgets(number).slider;
+    const QString style = QString::fromLatin1(sliderStyle).arg(ChannelTable::colourToText(colour));
+    // A sheet is parsed and applied anew even where it is the same one.
+    if (slider->styleSheet() != style) {
+        slider->setStyleSheet(style);
+    }
 }
 
 void ChannelPanel::showVisible(int number, bool visible)
@@ -122,9 +130,9 @@ void ChannelPanel::showName(int number, const QString& name)
     widgets(number).name->setCursorPosition(0);
 }
 
-QString ChannelPanel::ChannelWidgets::percentageText() const
+QString ChannelPanel::percentageText(int number) const
 {
-    return percentage->text();
+    return widgets(number).percentage->text();
 }
 
 QString ChannelPanel::nameText(int number) const

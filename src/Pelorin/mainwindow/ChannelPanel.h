@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <array>
+#include <chrono>
 #include <optional>
 
 class QFrame;
@@ -35,7 +36,7 @@ public:
     void showPercentage(int number, int percent); ///< the edit alone
     void moveSlider(int number, int percent);     ///< the slider alone
 
-    QString percentageText(int number) const { return widgets(number).percentageText(); }
+    QString percentageText(int number) const;
     QString nameText(int number) const;
     /// True while a slider is moved by the program, whose change nobody asked for.
     bool isMovingSlider() const { return m_movingSlider; }
@@ -47,6 +48,9 @@ public:
     void showReportedIntensity(int number);
     void forgetReportedIntensities();
 
+    /// For the device to report that a shutter has moved: a poll's round, and the time-out of one command
+    /// before it.
+    static constexpr std::chrono::milliseconds reportTime{2000};
     /// Notes that the device was asked to open or to close a shutter, until it reports the new state or has
     /// had time to.
     void noteShutterRequest(int number, bool open);
@@ -89,8 +93,6 @@ private:
         std::optional<float> reportedPercent;
         QDeadlineTimer opening; ///< runs while an opening was asked for and may still be on its way
         bool closing = false;   ///< a closing was asked for and is not reported yet
-
-        QString percentageText() const;
     };
 
     ChannelWidgets& widgets(int number) { return m_widgets.at(static_cast<std::size_t>(number - 1)); }

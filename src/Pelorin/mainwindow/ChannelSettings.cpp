@@ -1,6 +1,7 @@
 #include "mainwindow/ChannelSettings.h"
 
 #include "compat/QtVersion.h"
+#include "device/DeviceTypes.h"
 #include "mainwindow/ChannelTable.h"
 #include "mainwindow/channel.h"
 
@@ -12,8 +13,6 @@
 #include <cmath>
 
 namespace {
-constexpr float maximumPercent = 100.0F;
-
 constexpr char nameKey[] = "Channel Name";
 constexpr char intensityKey[] = "Channel Intensity";
 constexpr char visibleKey[] = "Channel Visible";
@@ -23,14 +22,14 @@ constexpr char colourKey[] = "Channel Color";
 float readPercent(const QSettings& store, const QString& key)
 {
     const float percent = store.value(key, 0.0F).toFloat();
-    return std::isnan(percent) ? 0.0F : std::clamp(percent, 0.0F, maximumPercent);
+    return std::isnan(percent) ? 0.0F : std::clamp(percent, float(minimumPercent), float(maximumPercent));
 }
 
 bool isPercent(const QVariant& value)
 {
     bool ok = false;
     const float percent = value.toString().toFloat(&ok);
-    return ok && percent >= 0.0F && percent <= maximumPercent;
+    return ok && percent >= float(minimumPercent) && percent <= float(maximumPercent);
 }
 
 bool isColour(const QVariant& value)

@@ -1,9 +1,8 @@
 #include "mainwindow/LaserDisplay.h"
 
-#include "compat/QtVersion.h"
+#include "Resources/Resources.h"
+#include "forms/FormWidgets.h"
 
-#include <QCoreApplication>
-#include <QIcon>
 #include <QLabel>
 #include <QPixmap>
 #include <QStringList>
@@ -21,39 +20,25 @@ constexpr char statusOff[] = "Circle_LaserOff.png";
 constexpr char fiberOn[] = "ledBlue80x80.png";
 constexpr char fiberOff[] = "ledBlue80x80OFF.png";
 
-QLabel* find(const QWidget& window, const char* objectName)
-{
-    auto* label = window.findChild<QLabel*>(QLatin1String(objectName));
-    Q_ASSERT(label != nullptr);
-    return label;
-}
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("LaserDisplay", text);
-}
-
 void setPicture(QLabel* label, const char* name)
 {
-    const QString path = QLatin1String(":/Resources/laser_output_area/") + QLatin1String(name);
-    // The icon knows the picture's larger sibling and takes it where the screen has the pixels for it.
-    label->setPixmap(QtVersion::pixmapOf(QIcon(path), QPixmap(path).size(), *label));
+    label->setPixmap(loadPicture(QLatin1String(":/Resources/laser_output_area/") + QLatin1String(name)));
 }
 
 QString statusWord(const LaserState& state)
 {
     if (state.fault) {
-        return tr("Fault");
+        return LaserDisplay::tr("Fault");
     }
     switch (state.mode) {
     case FunctionalModeWarmup:
-        return tr("Warm-up");
+        return LaserDisplay::tr("Warm-up");
     case FunctionalModeRun:
-        return tr("Run");
+        return LaserDisplay::tr("Run");
     case FunctionalModeIdle:
         break;
     }
-    return tr("Idle");
+    return LaserDisplay::tr("Idle");
 }
 
 /// The image's name where it is another one than the application, which tells its state itself.
@@ -61,9 +46,9 @@ QString imageWord(DeviceMode running)
 {
     switch (running) {
     case DeviceMode::Loader:
-        return tr("Loader");
+        return LaserDisplay::tr("Loader");
     case DeviceMode::LoaderUpdater:
-        return tr("Loader updater");
+        return LaserDisplay::tr("Loader updater");
     case DeviceMode::NotIdentified:
     case DeviceMode::Application:
     case DeviceMode::UpdatingLaserController:
@@ -89,12 +74,15 @@ const char* statusPicture(const LaserState& state)
 } // namespace
 
 LaserDisplay::LaserDisplay(const QWidget& window)
-    : m_onOff(find(window, "labelLaserOnOff")), m_status(find(window, "labelLaserStatus")),
-      m_statusText(find(window, "labelLaserStatusText")), m_necselFiber(find(window, "labelNecselFiber")),
-      m_novalumFiber(find(window, "labelNovalumFiber")),
-      m_intensityControl(find(window, "labelIntensityControl")),
-      m_shutterControl(find(window, "labelShutterControl")), m_sleepTimer(find(window, "labelSleepTimer")),
-      m_systemId(find(window, "labelSystemId")), m_systemIdToolTip(m_systemId->toolTip())
+    : m_onOff(formWidget<QLabel>(window, "labelLaserOnOff")),
+      m_status(formWidget<QLabel>(window, "labelLaserStatus")),
+      m_statusText(formWidget<QLabel>(window, "labelLaserStatusText")),
+      m_necselFiber(formWidget<QLabel>(window, "labelNecselFiber")),
+      m_novalumFiber(formWidget<QLabel>(window, "labelNovalumFiber")),
+      m_intensityControl(formWidget<QLabel>(window, "labelIntensityControl")),
+      m_shutterControl(formWidget<QLabel>(window, "labelShutterControl")),
+      m_sleepTimer(formWidget<QLabel>(window, "labelSleepTimer")),
+      m_systemId(formWidget<QLabel>(window, "labelSystemId")), m_systemIdToolTip(m_systemId->toolTip())
 {
     m_systemId->setTextFormat(Qt::PlainText);
     // The form has the pictures; the words that a screen reader says for them come with the states.
@@ -157,16 +145,15 @@ void LaserDisplay::showFiber(QLabel* label, bool lit) const
     label->setAccessibleDescription(lit ? tr("Lit") : tr("Dark"));
 }
 
-void LaserDisplay::showIntensityControl(quint8 mode)
+void LaserDisplay::showIntensityControl(bool host)
 {
-    m_intensityControl->setText(mode == 1 ? tr("Intensity Control: USB")
-                                          : tr("Intensity Control: External Analog"));
+    m_intensityControl->setText(host ? tr("Intensity Control: USB")
+                                     : tr("Intensity Control: External Analog"));
 }
 
-void LaserDisplay::showShutterControl(quint8 mode)
+void LaserDisplay::showShutterControl(bool host)
 {
-    m_shutterControl->setText(mode == 1 ? tr("Shutter Control: USB")
-                                        : tr("Shutter Control: External Digital"));
+    m_shutterControl->setText(host ? tr("Shutter Control: USB") : tr("Shutter Control: External Digital"));
 }
 
 void LaserDisplay::showSleepTimer(int minutes)

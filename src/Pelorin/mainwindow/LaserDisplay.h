@@ -2,6 +2,7 @@
 
 #include "device/DeviceTypes.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 class QLabel;
@@ -12,6 +13,8 @@ struct LaserState
 {
     FunctionalMode_t mode = FunctionalModeIdle; ///< any other number is shown like idle
     bool fault = false;
+    QString faultText;             ///< of the standing fault; empty without one
+    QString warningText;           ///< of the standing warning; empty without one
     bool interlockImage = false;   ///< selects the interlock picture instead of the fault picture in idle
     bool no555Warning = false;     ///< the last warning did not concern the 555 nm module
     bool noNovalumWarning = false; ///< the last warning did not concern the Novalum module
@@ -20,6 +23,8 @@ struct LaserState
 /// The pictures and words of the laser system's state; the labels stay the window's.
 class LaserDisplay
 {
+    Q_DECLARE_TR_FUNCTIONS(LaserDisplay)
+
 public:
     /// Finds the labels below @p window by their object names; all of them must exist.
     explicit LaserDisplay(const QWidget& window);
@@ -30,9 +35,9 @@ public:
     void showDisconnected();
     void showLaserOff(); ///< the on/off picture alone
 
-    void showIntensityControl(quint8 mode); ///< 1 this computer, anything else the external inputs
-    void showShutterControl(quint8 mode);   ///< 1 this computer, anything else the external inputs
-    void showSleepTimer(int minutes);       ///< 0 = disabled
+    void showIntensityControl(bool host); ///< this computer, or the external inputs
+    void showShutterControl(bool host);   ///< this computer, or the external inputs
+    void showSleepTimer(int minutes);     ///< 0 = disabled
     // @p firmware tells the running image and its version, empty when it is not known; texts of the device
     // stay plain text.
     void showFirmware(const QString& firmware);

@@ -18,8 +18,6 @@
 #include <algorithm>
 
 namespace {
-constexpr int intensityMinimum = 0;
-constexpr int intensityMaximum = 100;
 constexpr QSize collapsedSize(800, 400);
 constexpr QSize expandedSize(1024, 775);
 } // namespace
@@ -92,7 +90,7 @@ void PelorinMainWindow::percentageTyped(int number)
     const int rounded = qRound(typed);
     // The edit also finishes when the focus merely passes through it; where the device sets the levels, its
     // own must not replace the one that is kept for this computer's control.
-    if (m_choices.intensityControl != 1 && rounded == m_panel->sliderValue(number)) {
+    if (!m_choices.isIntensityControlHost() && rounded == m_panel->sliderValue(number)) {
         return;
     }
     m_panel->moveSlider(number, rounded);
@@ -108,7 +106,7 @@ void PelorinMainWindow::nameTyped(int number)
 void PelorinMainWindow::arrowsClicked(int number, int step)
 {
     const int value =
-        std::clamp(m_panel->percentageText(number).toInt() + step, intensityMinimum, intensityMaximum);
+        std::clamp(m_panel->percentageText(number).toInt() + step, minimumPercent, maximumPercent);
     m_panel->showPercentage(number, value);
     m_panel->moveSlider(number, value);
     emit channelIntensityChanged(laser(number), static_cast<float>(value));
@@ -132,7 +130,7 @@ void PelorinMainWindow::updateChannelIntensity(channel* laser, float intensityPe
     }
     logCommandResult(m_device->setIntensity(*laser, intensityPercent), "Update intensity BUSY",
                      "setChannelIntensity error");
-    if (m_choices.intensityControl != 1) {
+    if (!m_choices.isIntensityControlHost()) {
         // The level is kept, but the device goes on with that of its input.
         m_panel->showReportedIntensity(laser->index() + 1);
     }
@@ -166,7 +164,7 @@ ShutterAnswer PelorinMainWindow::changeShutter(channel& laser, bool open)
     if (const QString refusal = shutterRefusal(laser, open); !refusal.isEmpty()) {
         return {refusal, DeviceResult::Ok};
     }
-    if (open && m_choices.intensityControl == 1) {
+    if (open && m_choices.isIntensityControlHost()) {
         // The device must know how bright the channel is to be before light comes out of it.
         updateChannelIntensity(&laser, laser.intensity());
         // Sending can wait for the device, and what it reported meanwhile may forbid what was allowed.
@@ -191,9 +189,9 @@ ShutterAnswer PelorinMainWindow::changeShutter(channel& laser, bool open)
 QString PelorinMainWindow::shutterRefusal(const channel& laser, bool open) const
 {
     if (m_update->isInProgress()) {
-        return tr("Firmware update in progress.");
+        return Update::inProgressText();
     }
-    if (m_choices.shutterControl == 0) {
+    if (!m_choices.isShutterControlHost()) {
         return tr("Shutter change not allowed.  System is in External Shutter Control Mode.");
     }
     if (!open) {
@@ -218,14 +216,14 @@ QString PelorinMainWindow::applyChannel(channel& laser, const ChannelSettings& s
     laser.setColour(settings.colour);
     m_panel->showColour(number, settings.colour);
     m_panel->showIntensity(number, settings.intensity);
-    if (m_choices.intensityControl == 1) {
+    if (m_choices.isIntensityControlHost()) {
         emit channelIntensityChanged(&laser, settings.intensity);
     } else {
         // Kept for this computer's control; what the device takes from its input goes on being shown.
         laser.setIntensity(settings.intensity);
         m_panel->showReportedIntensity(number);
     }
-    if (m_choices.shutterControl == 1) {
+    if (m_choices.isShutterControlHost()) {
         onInvertTTLChanged(laser.index(), settings.ttlInverted);
         return {};
     }

@@ -6,6 +6,7 @@
 #include "mainwindow/OpenFailureNotice.h"
 #include "mainwindow/PelorinMainWindow.h"
 #include "scenario/Scenario.h"
+#include "ui_PelorinMainWindow.h"
 #include "update/Update.h"
 
 #include <QPointer>
@@ -48,7 +49,7 @@ void PelorinMainWindow::laserOnOffClicked()
     const QScopedValueRollback<bool> guard(onOffClickBusy, true);
     // During warm-up the click is refused, and then nothing goes over the line.
     const bool mayTurnOn = !m_laserOn && m_state.mode != FunctionalModeWarmup;
-    if (mayTurnOn && m_choices.intensityControl == 1 && m_scenario != nullptr) {
+    if (mayTurnOn && m_choices.isIntensityControlHost() && m_scenario != nullptr) {
         const QList<channel*> channels = m_scenario->channels();
         for (const channel* laser : channels) {
             m_device->setIntensity(*laser, laser->intensity());
@@ -138,6 +139,7 @@ void PelorinMainWindow::showModeInStatusBar()
 void PelorinMainWindow::onFaultStateChanged(bool state, const QString& message)
 {
     QS_INFO() << "Received change in fault state from device =" << state << "msg =" << message;
+    m_state.faultText = state ? message : QString();
     showStatus(state ? message : tr("System Fault Cleared"));
     onFunctionalModeChanged(m_state.mode);
 }
@@ -145,6 +147,7 @@ void PelorinMainWindow::onFaultStateChanged(bool state, const QString& message)
 void PelorinMainWindow::onWarningStateChanged(bool state, const QString& message)
 {
     QS_INFO() << "Received change in warning state from device =" << state << "msg =" << message;
+    m_state.warningText = state ? message : QString();
     if (m_device && !m_device->faultState()) {
         showStatus(state ? message : tr("Warnings Cleared"));
     }
@@ -187,12 +190,20 @@ void PelorinMainWindow::onUpdateFinished(bool touched)
         keepClosingsInMind(true);
     }
     if (!m_device->isOpen()) {
+        // Whatever else stands there was told after the run had begun, and holds.
+        if (m_ui->statusBar->currentMessage() == Update::inProgressText()) {
+            m_ui->statusBar->clearMessage();
+        }
         return;
     }
-    if (m_device->isApplicationConnected()) {
-        showModeInStatusBar();
-    } else {
+    if (!m_device->isApplicationConnected()) {
         showStatus(tr("Device connected on %1").arg(m_device->portName()));
+    } else if (m_device->faultState()) {
+        showStatus(m_state.faultText);
+    } else if (m_device->warningState()) {
+        showStatus(m_state.warningText);
+    } else {
+        showModeInStatusBar();
     }
     if (touched) {
         greetDevice(knownShutterStates(m_scenario));
@@ -237,10 +248,10 @@ void PelorinMainWindow::sendEverything(const ShutterStates& states)
     m_device->setSleepTime(static_cast<quint16>(effectiveSleepMinutes()));
     const QList<channel*> channels = m_scenario->channels();
     for (const channel* laser : channels) {
-        if (m_choices.intensityControl == 1) {
+        if (m_choices.isIntensityControlHost()) {
             m_device->setIntensity(*laser, laser->intensity());
         }
-        if (m_choices.shutterControl == 1) {
+        if (m_choices.isShutterControlHost()) {
             m_device->setShutter(*laser, states.at(laser->index()));
         }
         m_device->setTTLInvert(*laser, laser->isTtlInverted());
@@ -252,7 +263,7 @@ void PelorinMainWindow::sendEverything(const ShutterStates& states)
 /// got the control meanwhile, nor any of a device that was restarted (`all`).
 void PelorinMainWindow::keepClosingsInMind(bool all)
 {
-    const bool openedByInputs = m_choices.shutterControl != 1;
+    const bool openedByInputs = !m_choices.isShutterControlHost();
     for (int number = 1; number <= channelCount; ++number) {
         if (all || openedByInputs || m_panel->isClosingPending(number)) {
             emit channelShutterChanged(laser(number), false);
@@ -306,17 +317,20 @@ void PelorinMainWindow::onDataReceivedFromDevice(QByteArray& bytes)
 
 void PelorinMainWindow::onIntensityControlChanged(quint8 mode)
 {
-    const bool wasExternal = m_choices.intensityControl != 1;
+    const bool wasExternal = !m_choices.isIntensityControlHost();
     m_choices.intensityControl = mode;
     // Shown first: sending can wait for the device, and the choice may be another one by then.
-    m_display->showIntensityControl(mode);
-    if (mode == 1) {
+    const bool isHost = m_choices.isIntensityControlHost();
+    m_display->showIntensityControl(isHost);
+    if (isHost) {
         m_panel->forgetReportedIntensities();
     }
-    // What the inputs asked for holds no longer; the device goes on with what this computer set.
-    for (int number = 1; mode == 1 && wasExternal && number <= channelCount; ++number) {
-        if (const channel* const kept = laser(number)) {
-            m_panel->showIntensity(number, kept->intensity());
+    if (isHost && wasExternal) {
+        // What the inputs asked for holds no longer; the device goes on with what this computer set.
+        for (int number = 1; number <= channelCount; ++number) {
+            if (const channel* const kept = laser(number)) {
+                m_panel->showIntensity(number, kept->intensity());
+            }
         }
     }
     if (m_device && !isUpdateInTheWay()) {
@@ -327,11 +341,11 @@ void PelorinMainWindow::onIntensityControlChanged(quint8 mode)
 void PelorinMainWindow::onShutterControlChanged(quint8 mode)
 {
     m_choices.shutterControl = mode;
-    m_display->showShutterControl(mode);
+    m_display->showShutterControl(m_choices.isShutterControlHost());
     if (m_device && !isUpdateInTheWay()) {
         m_device->setShutterMode(mode);
     }
-    if (m_choices.shutterControl != 1) {
+    if (!m_choices.isShutterControlHost()) {
         return;
     }
     m_display->showLaserOff();

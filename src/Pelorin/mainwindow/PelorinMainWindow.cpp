@@ -11,12 +11,26 @@
 #include "mainwindow/SettingsStore.h"
 #include "scenario/Scenario.h"
 #include "settings/Console.h"
+#include "settings/DiagnosticsSaver.h"
 #include "settings/SettingsDialog.h"
 #include "ui_PelorinMainWindow.h"
 #include "update/Update.h"
 
 #include <QCloseEvent>
 #include <QSettings>
+#include <QVersionNumber>
+
+namespace {
+/// Of the project, with two digits for each part.
+QString programVersion()
+{
+    const QVersionNumber version = QVersionNumber::fromString(QStringLiteral(VYR_VERSION));
+    const auto twoDigits = [](int part) { return QStringLiteral("%1").arg(part, 2, 10, QLatin1Char('0')); };
+    return QStringLiteral("%1.%2.%3")
+        .arg(twoDigits(version.majorVersion()), twoDigits(version.minorVersion()),
+             twoDigits(version.microVersion()));
+}
+} // namespace
 
 PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     : NumberedChannelSlots(parent), m_ui(std::make_unique<Ui::PelorinMainWindow>())
@@ -27,13 +41,13 @@ PelorinMainWindow::PelorinMainWindow(QWidget* parent)
     m_display = std::make_unique<LaserDisplay>(*this);
     m_store = openSettingsStore();
     m_update = new Update(window(), m_store.get());
-    const auto showUpdate = [this] { showStatus(tr("Firmware update in progress.")); };
+    const auto showUpdate = [this] { showStatus(Update::inProgressText()); };
     connect(m_update, &Update::started, this, showUpdate);
     connect(m_update, &Update::actionRefused, this, showUpdate);
     connect(m_update, &Update::finished, this, &PelorinMainWindow::onUpdateFinished);
     m_openFailure = new OpenFailureNotice(m_ui->statusBar, m_update, this);
 
-    m_versionString = QStringLiteral(" %1.%2").arg(QStringLiteral("02.07"), QStringLiteral("00"));
+    m_versionString = QLatin1Char(' ') + programVersion();
     setWindowTitle(windowTitle() + m_versionString);
     QS_INFO() << "Program started: " << m_versionString;
 
@@ -103,7 +117,8 @@ void PelorinMainWindow::createSettingsDialog(bool diagnostic)
 {
     m_settingsDialog =
         new SettingsDialog(this, m_device.get(), m_update, m_store.get(), diagnostic, m_versionString);
-    m_settingsDialog->setServiceLevel(diagnostic);
+    connect(m_settingsDialog->findChild<DiagnosticsSaver*>(), &DiagnosticsSaver::settingsWanted, this,
+            &PelorinMainWindow::saveSettings, Qt::DirectConnection);
     connectSettingsDialog();
 }
 

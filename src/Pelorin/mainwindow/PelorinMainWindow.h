@@ -25,8 +25,8 @@ namespace Ui {
 class PelorinMainWindow;
 }
 
-/// The program's one window. It turns what the operator does into commands for the link and shows what the
-/// device reports; nothing on it changes because it was asked for. Channels are numbered from 1 here.
+/// The window: turns what the operator does into commands. The laser's state and the shutters change only
+/// when the device reports them; levels, names and choices are shown at once. Channels count from 1 here.
 class PelorinMainWindow : public NumberedChannelSlots, private ScenarioHost
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "mainwindow/ScenarioControl.h"
 
 #include "device/Device.h"
+#include "forms/FormWidgets.h"
 #include "mainwindow/ChannelPanel.h"
 #include "mainwindow/channel.h"
 #include "scenario/OneLine.h"
@@ -15,16 +16,7 @@
 #include <chrono>
 
 namespace {
-/// For the device to report that its shutters have moved; it is asked for them four times a second.
-constexpr std::chrono::milliseconds reportTime(2000);
 constexpr std::chrono::milliseconds askInterval(250);
-
-QLabel* find(const QWidget& window, const char* objectName)
-{
-    auto* label = window.findChild<QLabel*>(QLatin1String(objectName));
-    Q_ASSERT(label != nullptr);
-    return label;
-}
 
 /// The name that the operator chose, or nothing when the dialog was left otherwise.
 QString askForName(QWidget& window, int mode, Scenario* store)
@@ -50,7 +42,8 @@ ScenarioValues valuesOf(const QList<channel*>& channels)
 ScenarioControl::ScenarioControl(QWidget& window, ScenarioHost& host, const ChannelPanel& panel,
                                  Device& device, Update& update)
     : QObject(&window), m_window(window), m_host(host), m_panel(panel), m_device(device), m_update(update),
-      m_nameLabel(find(window, "labelScenario")), m_modifiedLabel(find(window, "labelScenarioModified"))
+      m_nameLabel(formWidget<QLabel>(window, "labelScenario")),
+      m_modifiedLabel(formWidget<QLabel>(window, "labelScenarioModified"))
 {
     m_reportTimer.setSingleShot(true);
     connect(&m_reportTimer, &QTimer::timeout, this, [this] {
@@ -151,7 +144,7 @@ void ScenarioControl::begin(const QString& name, const ScenarioValues& values)
     }
     m_host.showStatus(tr("Loading scenario: %1").arg(onOneLine(name)));
     m_closing = true;
-    m_reportTimer.start(reportTime);
+    m_reportTimer.start(ChannelPanel::reportTime);
     m_askTimer.start();
     onChannelChanged();
 }
@@ -212,7 +205,7 @@ bool ScenarioControl::isClosingPending() const
 void ScenarioControl::openShutters()
 {
     m_closing = false;
-    m_reportTimer.start(reportTime);
+    m_reportTimer.start(ChannelPanel::reportTime);
     const int run = m_run;
     const QPointer<ScenarioControl> self(this);
     const QList<channel*> channels = m_host.scenario()->channels();
@@ -247,9 +240,12 @@ void ScenarioControl::note(const channel& laser, const ShutterAnswer& answer)
     }
     const auto known = std::find_if(m_refusals.begin(), m_refusals.end(),
                                     [&reason](const Refusal& refusal) { return refusal.reason == reason; });
-    Refusal& refusal =
-        known == m_refusals.end() ? (m_refusals.append({reason, {}}), m_refusals.last()) : *known;
-    refusal.channelNames.append(onOneLine(laser.name()));
+    const QString name = onOneLine(laser.name());
+    if (known == m_refusals.end()) {
+        m_refusals.append({reason, {name}});
+    } else {
+        known->channelNames.append(name);
+    }
 }
 
 void ScenarioControl::finish()

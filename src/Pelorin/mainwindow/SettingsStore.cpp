@@ -102,6 +102,11 @@ QString dataFolder()
     return QDir::cleanPath(documents + QLatin1String("/Tarnwick/VYR"));
 }
 
+QString logFileIn(const QString& folder)
+{
+    return folder + QLatin1String("/VYR_Log.txt");
+}
+
 std::unique_ptr<QSettings> openSettingsStore()
 {
     std::unique_ptr<QSettings> store = makeStore();

@@ -10,6 +10,9 @@ class QSettings;
 /// folder, without a slash at its end. It need not exist.
 QString dataFolder();
 
+/// The log of the program in that folder; its older parts have ".1" and so on behind this name.
+QString logFileIn(const QString& folder);
+
 /// The user's settings store. A file that cannot be understood is copied to "<file>.unreadable" (with a
 /// number behind it where that name is taken) before anything is written over it.
 std::unique_ptr<QSettings> openSettingsStore();

@@ -7,9 +7,6 @@
 #include <algorithm>
 
 namespace {
-constexpr int maximumSleepMinutes = 99;
-
-constexpr char comPortKey[] = "Device Com Port";
 constexpr char sleepEnabledKey[] = "Sleep Timer Enabled";
 constexpr char sleepMinutesKey[] = "Sleep Timer";
 constexpr char shutterControlKey[] = "Shutter Control";

@@ -1,13 +1,12 @@
 #include "settings/ChannelConfigTable.h"
 
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 #include "settings/SettingsDialog.h"
 #include "settings/SpokenCell.h"
 #include "settings/WheelGuard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -89,11 +88,6 @@ quint8 colorPart(const QString& text, int part)
     static const QRegularExpression pair(QStringLiteral("\\A[0-9a-fA-F]{2}\\z"));
     const QString digits = text.mid(2 * part, 2);
     return pair.match(digits).hasMatch() ? quint8(digits.toUInt(nullptr, 16)) : quint8(0);
-}
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("ChannelConfigTable", text);
 }
 
 int indexIn(const QComboBox* box, int index)

@@ -2,6 +2,8 @@
 
 #include "settings/ChannelConfigRecord.h"
 
+#include <QCoreApplication>
+
 #include <array>
 
 class QCheckBox;
@@ -17,6 +19,8 @@ class WheelGuard;
 /// a channel, with an index from 0.
 class ChannelConfigTable
 {
+    Q_DECLARE_TR_FUNCTIONS(ChannelConfigTable)
+
 public:
     /// Builds the cells below @p dialog, which keeps them, connects them to its slots and shows the usual
     /// lasers.

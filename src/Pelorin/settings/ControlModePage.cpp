@@ -1,20 +1,12 @@
 #include "settings/ControlModePage.h"
 
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 #include "settings/OperatingChoices.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QLabel>
 #include <QRadioButton>
 #include <QSpinBox>
-
-namespace {
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("ControlModePage", text);
-}
-} // namespace
 
 ControlModePage::ControlModePage(const QWidget& dialog)
     : m_intensityHost(formWidget<QRadioButton>(dialog, "radioButtonIntensityControlUSB")),
@@ -33,8 +25,8 @@ ControlModePage::ControlModePage(const QWidget& dialog)
 
 void ControlModePage::show(const OperatingChoices& choices)
 {
-    (choices.intensityControl == 1 ? m_intensityHost : m_intensityExternal)->setChecked(true);
-    (choices.shutterControl == 1 ? m_shutterHost : m_shutterExternal)->setChecked(true);
+    (choices.isIntensityControlHost() ? m_intensityHost : m_intensityExternal)->setChecked(true);
+    (choices.isShutterControlHost() ? m_shutterHost : m_shutterExternal)->setChecked(true);
     (choices.speckleReducer ? m_despecklerOn : m_despecklerOff)->setChecked(true);
     m_sleepEnabled->setChecked(choices.sleepTimerEnabled);
     m_sleepMinutes->setValue(choices.sleepMinutes);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoreApplication>
+
 class QCheckBox;
 class QLabel;
 class QRadioButton;
@@ -11,6 +13,8 @@ struct OperatingChoices;
 /// widgets' slots are the dialog's.
 class ControlModePage
 {
+    Q_DECLARE_TR_FUNCTIONS(ControlModePage)
+
 public:
     /// Finds its widgets below @p dialog, which keeps them.
     explicit ControlModePage(const QWidget& dialog);

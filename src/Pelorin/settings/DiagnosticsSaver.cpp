@@ -5,8 +5,8 @@
 #include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "diagnostics/Diagnostics.h"
+#include "forms/FormWidgets.h"
 #include "mainwindow/SettingsStore.h"
-#include "settings/FormWidgets.h"
 #include "settings/SystemInfoPage.h"
 #include "update/Update.h"
 
@@ -81,7 +81,8 @@ void DiagnosticsSaver::save()
     sources.programVersion = m_programVersion;
     sources.device = m_device;
     sources.identity = {m_page.knownProduct(), m_page.knownController()};
-    sources.logFile = dataFolder() + QLatin1String("/VYR_Log.txt");
+    sources.logFile = logFileIn(dataFolder());
+    emit settingsWanted();
     if (!flushSettings(*m_store)) {
         sources.remark =
             QStringLiteral("Settings.ini: as saved before, because the last changes could not be saved");

@@ -23,6 +23,10 @@ public:
     DiagnosticsSaver(QWidget& dialog, const SystemInfoPage& page, Device* device, Update* update,
                      QSettings* store, QString programVersion);
 
+signals:
+    /// The settings are about to be copied: whoever keeps some outside the store puts them there now.
+    void settingsWanted();
+
 private:
     void save();
     QString askForPath();

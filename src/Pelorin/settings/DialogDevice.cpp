@@ -42,7 +42,7 @@ void SettingsDialog::onDeviceConnected(const QString& portName)
     if (isRunning(m_update)) {
         return;
     }
-    m_hoursKnown = false;
+    m_operatingInfo->setOutdated();
     m_readingsAnswered = true;
     m_systemReader->start();
     m_identityReader->startLater();
@@ -109,7 +109,6 @@ bool SettingsDialog::readHours()
         return false;
     }
     if (self) {
-        m_hoursKnown = true;
         m_operatingInfo->showHours(hours);
     }
     return true;
@@ -131,7 +130,8 @@ void SettingsDialog::pollDevice()
 
 void SettingsDialog::readReadings()
 {
-    if (!m_readingsAnswered) {
+    // A device that restarts into another image is not to be taken for a silent one.
+    if (!m_readingsAnswered || m_service->isSwitching()) {
         return;
     }
     const QPointer<SettingsDialog> self(this);

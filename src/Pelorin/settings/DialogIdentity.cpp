@@ -3,6 +3,8 @@
 #include "boxes/TellUser.h"
 #include "device/Device.h"
 #include "settings/ChannelConfigTable.h"
+#include "settings/OperatingInfoPage.h"
+#include "settings/ServicePage.h"
 #include "settings/SettingsDialog.h"
 #include "settings/SystemInfoPage.h"
 #include "settings/ThreeTries.h"
@@ -126,7 +128,7 @@ bool SettingsDialog::readIdentity()
     }
     m_systemInfo->showProduct(product);
     // Right after connecting the line is full of settings; now that it has an answer, it has another.
-    if (!m_hoursKnown) {
+    if (!m_operatingInfo->isUpToDate()) {
         m_hoursReader->start();
     }
     return true;
@@ -186,21 +188,13 @@ void SettingsDialog::on_primaryChannelIndexChanged(int index)
 
 void SettingsDialog::on_pushButtonSetProductConfigData_clicked()
 {
-    if ((m_update && m_update->refusesAction()) || m_systemInfo->isWriting()) {
-        return;
-    }
-    if (!m_device || !m_device->isOpen()) {
-        tellUser(this, QMessageBox::Warning, tr("Please connect to device"));
-        return;
-    }
-    if (m_device->deviceMode() != DeviceMode::Loader) {
-        tellUser(this, QMessageBox::Warning, tr("Device must be running loader for this command."));
+    if (!mayWriteRecord()) {
         return;
     }
     const ChannelConfigEntries entries = m_channelConfig->entries();
     const int revision = m_channelConfig->revision();
     const QPointer<SettingsDialog> self(this);
-    m_systemInfo->setWriting(true);
+    m_service->setRecordWriting(true);
     ConfigurationWriter writer(*this, *m_device);
     // Cells of a device that is gone are not for the one that was plugged in since.
     const bool productWritten =
@@ -208,12 +202,7 @@ void SettingsDialog::on_pushButtonSetProductConfigData_clicked()
     const bool channelsWritten =
         productWritten &&
         (!writer.isSupportingChannels() || writer.writeChannels(*m_channelConfig, entries, revision));
-    if (!self) {
-        return;
-    }
-    m_systemInfo->setWriting(false);
-    // A box would keep a program alive whose window has been closed meanwhile.
-    if (!m_device || m_device->isShutDown()) {
+    if (!endRecordWriting(self)) {
         return;
     }
     if (!productWritten) {

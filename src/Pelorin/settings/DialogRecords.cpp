@@ -100,19 +100,36 @@ void SettingsDialog::on_pushButtonGetSystemConfigData_clicked()
     }
 }
 
-void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
+bool SettingsDialog::mayWriteRecord()
 {
-    if (m_systemConfig->isTransferring() || m_systemInfo->isWriting() ||
-        (m_update && m_update->refusesAction())) {
-        return;
+    if (m_service->isRecordWriting() || (m_update && m_update->refusesAction())) {
+        return false;
     }
     if (!m_device || !m_device->isOpen()) {
         tellUser(this, QMessageBox::Warning, tr("Please connect to device"));
-        return;
+        return false;
     }
     // A loader that was told to start the application is not to be relied on any more.
     if (m_device->deviceMode() != DeviceMode::Loader || m_service->isSwitching()) {
         tellUser(this, QMessageBox::Warning, tr("Device must be running loader for this command."));
+        return false;
+    }
+    return true;
+}
+
+bool SettingsDialog::endRecordWriting(const QPointer<SettingsDialog>& self)
+{
+    if (!self) {
+        return false;
+    }
+    self->m_service->setRecordWriting(false);
+    // A box would keep a program alive whose window has been closed meanwhile.
+    return self->m_device && !self->m_device->isShutDown();
+}
+
+void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
+{
+    if (m_systemConfig->isTransferring() || !mayWriteRecord()) {
         return;
     }
     m_systemConfig->finishTyping();
@@ -122,15 +139,10 @@ void SettingsDialog::on_pushButtonSetSystemConfigData_clicked()
     int code = DeviceResult::NotOpen;
     if (m_systemConfig->isFor(m_device->deviceNumber())) {
         const SystemConfigPage::Transfer transfer(*m_systemConfig);
-        m_systemInfo->setWriting(true);
+        m_service->setRecordWriting(true);
         code = writeConfig(*m_device, m_systemConfig->texts());
     }
-    if (!self) {
-        return;
-    }
-    m_systemInfo->setWriting(false);
-    // A box would keep a program alive whose window has been closed meanwhile.
-    if (!m_device || m_device->isShutDown()) {
+    if (!endRecordWriting(self)) {
         return;
     }
     if (code == DeviceResult::Ok) {
@@ -182,11 +194,16 @@ void SettingsDialog::saveSystemConfigData(QString pathName, bool promptForFileSa
 
 void SettingsDialog::saveCalibrationBackup(const QString& pathName)
 {
+    const QPointer<SettingsDialog> self(this);
     // A device that was plugged in just before the update: the cells may still be another one's.
     if (m_device && !m_systemConfig->isFor(m_device->deviceNumber())) {
         m_systemConfig->belongTo(m_device->deviceNumber());
         SystemConfigBytes record{};
-        if (m_device->readSystemConfig(record.data()) == DeviceResult::Ok) {
+        const int code = m_device->readSystemConfig(record.data());
+        if (!self) {
+            return;
+        }
+        if (code == DeviceResult::Ok) {
             m_systemConfig->showFromDevice(SystemConfigRecord::toTexts(record));
         }
     }

@@ -1,7 +1,7 @@
 #include "settings/OperatingInfoPage.h"
 
+#include "forms/FormWidgets.h"
 #include "mainwindow/ChannelTable.h"
-#include "settings/FormWidgets.h"
 
 #include <QCoreApplication>
 #include <QLabel>
@@ -33,6 +33,7 @@ OperatingInfoPage::OperatingInfoPage(const QWidget& dialog)
 
 void OperatingInfoPage::showHours(const OperatingHours& hours)
 {
+    m_upToDate = true;
     for (std::size_t index = 0; index < m_hours.size(); ++index) {
         m_hours.at(index)->setText(hoursText(hours.at(index)));
     }

@@ -16,7 +16,11 @@ public:
 
     /// Shows completed hours; a count that is no number shows as "? hrs".
     void showHours(const OperatingHours& hours);
+    /// What is shown is another device's from now on.
+    void setOutdated() { m_upToDate = false; }
+    bool isUpToDate() const { return m_upToDate; }
 
 private:
     std::array<QLabel*, channelCount> m_hours{};
+    bool m_upToDate = false;
 };

@@ -1,7 +1,7 @@
 #include "settings/PortChooser.h"
 
 #include "device/SerialPorts.h"
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

@@ -1,23 +1,16 @@
 #include "settings/ServicePage.h"
 
 #include "device/Device.h"
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 #include "update/Update.h"
 
 #include <QLabel>
-#include <QPushButton>
-#include <QTabBar>
-#include <QTabWidget>
 
 ServicePage::ServicePage(QWidget& dialog, Device* device, Update* update)
-    : QObject(&dialog), m_dialog(dialog), m_tabs(formWidget<QTabWidget>(dialog, "tabWidget")->tabBar()),
-      m_device(device), m_update(update)
+    : QObject(&dialog), m_device(device), m_update(update),
+      m_buttons(dialog, {"pushButtonSystemReset", "pushButtonSystemReset2", "pushButtonLoaderMode",
+                         "pushButtonLoaderMode2", "pushButtonRestoreDefaults", "pushButtonUpdateFirmware"})
 {
-    for (const char* name :
-         {"pushButtonSystemReset", "pushButtonSystemReset2", "pushButtonLoaderMode", "pushButtonLoaderMode2",
-          "pushButtonRestoreDefaults", "pushButtonUpdateFirmware"}) {
-        m_buttons.append(formWidget<QPushButton>(dialog, name));
-    }
     for (const char* name : {"labelRunningImage", "labelRunningImage2"}) {
         m_lines.append(formWidget<QLabel>(dialog, name));
     }
@@ -39,7 +32,7 @@ bool ServicePage::mayCommand() const
 
 void ServicePage::resetDevice()
 {
-    if (mayCommand()) {
+    if (!m_recordWriting && mayCommand()) {
         m_device->resetDevice();
     }
 }
@@ -53,7 +46,7 @@ void ServicePage::restoreDefaults()
 
 void ServicePage::switchImage()
 {
-    if (!mayCommand()) {
+    if (m_recordWriting || !mayCommand()) {
         return;
     }
     const QPointer<ServicePage> self(this);
@@ -76,34 +69,9 @@ void ServicePage::setSwitching(bool switching)
 {
     m_switching = switching;
     if (switching) {
-        parkFocus();
         showText(tr("Waiting for the device to restart..."));
     }
-    for (QWidget* button : qAsConst(m_buttons)) {
-        button->setEnabled(!switching);
-    }
-    if (!switching) {
-        returnFocus();
-    }
-}
-
-void ServicePage::parkFocus()
-{
-    QWidget* const focused = m_dialog.focusWidget();
-    m_focusBefore = m_buttons.contains(focused) ? focused : nullptr;
-    // A disabled button hands the focus to its neighbour, which may be the terminal: the next key would go to
-    // the device in the middle of its restart. The tabs do nothing with most keys.
-    if (m_focusBefore) {
-        m_tabs->setFocus();
-    }
-}
-
-void ServicePage::returnFocus()
-{
-    // Whoever went on to something else meanwhile is left there.
-    if (m_focusBefore && m_focusBefore->isVisible() && m_dialog.focusWidget() == m_tabs) {
-        m_focusBefore->setFocus();
-    }
+    m_buttons.setEnabled(!switching);
 }
 
 void ServicePage::showRunning()
@@ -116,7 +84,7 @@ void ServicePage::showRunning()
 QString ServicePage::runningText() const
 {
     if (m_update && m_update->isInProgress()) {
-        return tr("Firmware update in progress.");
+        return Update::inProgressText();
     }
     if (!m_device || !m_device->isOpen()) {
         return tr("Not connected");

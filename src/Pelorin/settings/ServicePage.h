@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/RestingButtons.h"
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -12,7 +14,8 @@ class Update;
 
 /// The service commands, and the lines that tell which image the device runs; both stand on two tabs. A
 /// command does nothing without a connection, while an update runs and while the device restarts into another
-/// image.
+/// image; reset and switch, which would leave it without a valid record, not while one is being written
+/// either.
 class ServicePage : public QObject
 {
     Q_OBJECT
@@ -31,20 +34,19 @@ public:
     /// A switch has not come to its end.
     bool isSwitching() const { return m_switching; }
 
+    void setRecordWriting(bool writing) { m_recordWriting = writing; }
+    bool isRecordWriting() const { return m_recordWriting; }
+
 private:
     bool mayCommand() const;
     void setSwitching(bool switching);
-    void parkFocus();
-    void returnFocus();
     void showText(const QString& text);
     QString runningText() const;
 
-    QWidget& m_dialog;
-    QWidget* m_tabs;
     QPointer<Device> m_device;
     QPointer<Update> m_update;
-    QList<QWidget*> m_buttons;
+    RestingButtons m_buttons;
     QList<QLabel*> m_lines;
-    QPointer<QWidget> m_focusBefore;
     bool m_switching = false;
+    bool m_recordWriting = false;
 };

@@ -35,7 +35,6 @@ constexpr int systemConfigPosition = 1;
 constexpr int serviceDevelopmentPosition = 6;
 constexpr std::chrono::seconds pollInterval{1};
 constexpr std::chrono::milliseconds retryInterval{5};
-constexpr char comPortKey[] = "Device Com Port";
 
 void setTabPresent(QTabWidget& tabs, QWidget* page, const QString& caption, int position, bool present)
 {
@@ -90,7 +89,6 @@ SettingsDialog::SettingsDialog(QWidget* parent, Device* device, Update* update, 
     Help::install(this,
                   [this] { return Help::pageAt(m_ui->tabWidget->currentWidget(), QStringLiteral("index")); });
     setServiceLevel(diagnostic);
-    listPorts();
 }
 
 SettingsDialog::~SettingsDialog() = default;
@@ -261,10 +259,7 @@ void SettingsDialog::on_pushButtonRestoreDefaults2_clicked()
 
 void SettingsDialog::on_pushButtonLoaderMode_clicked()
 {
-    // In the middle of a record it would leave the device without a valid one.
-    if (!m_systemInfo->isWriting()) {
-        m_service->switchImage();
-    }
+    m_service->switchImage();
 }
 
 void SettingsDialog::on_pushButtonLoaderMode2_clicked()
@@ -274,9 +269,7 @@ void SettingsDialog::on_pushButtonLoaderMode2_clicked()
 
 void SettingsDialog::on_pushButtonSystemReset_clicked()
 {
-    if (!m_systemInfo->isWriting()) {
-        m_service->resetDevice();
-    }
+    m_service->resetDevice();
 }
 
 void SettingsDialog::on_pushButtonSystemReset2_clicked()
@@ -287,7 +280,7 @@ void SettingsDialog::on_pushButtonSystemReset2_clicked()
 void SettingsDialog::on_pushButtonUpdateFirmware_clicked()
 {
     // What is being written to the device would go on in the middle of the update, or after it.
-    if (!m_update || m_update->isInProgress() || m_systemInfo->isWriting() || m_service->isSwitching()) {
+    if (!m_update || m_update->isInProgress() || m_service->isRecordWriting() || m_service->isSwitching()) {
         return;
     }
     // So would whatever this click was handled in; it comes to its end before long.

@@ -29,9 +29,9 @@ namespace Ui {
 class SettingsDialog;
 }
 
-/// The dialog "System Info & Settings". It tells the user's choices through its signals only; the main window
-/// carries them out. It sends by itself nothing but the service commands, the records and the queries that
-/// fill its pages, and none while an update has the line. It borrows the link, the update and the store.
+/// The dialog "System Info & Settings". It tells choices by signals, and the main window carries them out. By
+/// itself it sends service commands, records and the queries that fill its pages, but nothing while an update
+/// has the line. It borrows the link, the update and the store.
 class SettingsDialog : public TtlChoiceSlots
 {
     Q_OBJECT
@@ -43,8 +43,7 @@ public:
     ~SettingsDialog() override;
     Q_DISABLE_COPY_MOVE(SettingsDialog)
 
-    /// Shows what is for service staff only, or takes it away: the tabs of the system configuration and of
-    /// service and development, the channel table, and the editing of the identity.
+    /// Shows or hides what is for service staff: two tabs, the channel table, the editing of the identity.
     void setServiceLevel(bool service);
     Console* console() const; ///< of the service tab; it exists at either level
     /// Sets the widgets of the control modes, the sleep timer, the despeckler and the logging; emits nothing.
@@ -125,6 +124,8 @@ private:
     bool readChannelConfig();
     void catchUpWithUpdate(bool touched);
     void saveCalibrationBackup(const QString& pathName);
+    bool mayWriteRecord();                                              ///< tells the user why not
+    static bool endRecordWriting(const QPointer<SettingsDialog>& self); ///< true to tell the user how it went
     bool mayRead() const; ///< the device is there, and nobody has it for himself
 
     std::unique_ptr<Ui::SettingsDialog> m_ui;
@@ -144,7 +145,6 @@ private:
     std::unique_ptr<ControlModePage> m_controlMode;
     std::unique_ptr<TtlPage> m_ttl;
     QTimer m_pollTimer;
-    bool m_hoursKnown = false;      ///< since the device was connected
     bool m_readingsAnswered = true; ///< by the image that runs
     bool m_suppressed = false;      ///< the dialog sets its own widgets, which is nobody's choice
 };

@@ -28,9 +28,6 @@ struct SystemConfigField
     const char* member; ///< its name in the calibration file
     FileType written;
     bool readAsReal; ///< from the file; an integer otherwise
-
-    /// How the editor shows and parses it.
-    bool isReal() const { return type == RecordType::Real; }
 };
 
 constexpr int novalumChannelCount = 7;

@@ -1,15 +1,12 @@
 #include "settings/SystemConfigPage.h"
 
 #include "device/DeviceTypes.h"
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 
 #include <QAbstractItemDelegate>
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
-#include <QTabBar>
-#include <QTabWidget>
 #include <QTableWidget>
 
 #include <algorithm>
@@ -57,25 +54,26 @@ QWidget* editorOf(const QTableWidget& table)
 SystemConfigPage::Transfer::Transfer(SystemConfigPage& page) : m_page(&page)
 {
     if (m_page->m_transfers++ == 0) {
-        m_page->setButtonsEnabled(false);
+        m_page->m_buttons.setEnabled(false);
     }
 }
 
 SystemConfigPage::Transfer::~Transfer()
 {
     if (m_page && --m_page->m_transfers == 0) {
-        m_page->setButtonsEnabled(true);
+        m_page->m_buttons.setEnabled(true);
     }
 }
 
 SystemConfigPage::SystemConfigPage(QWidget& dialog)
-    : m_dialog(dialog), m_tabs(formWidget<QTabWidget>(dialog, "tabWidget")->tabBar()),
-      m_tables{formWidget<QTableWidget>(dialog, "tableWidgetNecselParams"),
+    : m_tables{formWidget<QTableWidget>(dialog, "tableWidgetNecselParams"),
                formWidget<QTableWidget>(dialog, "tableWidgetFanParams"),
                formWidget<QTableWidget>(dialog, "tableWidgetHeaterParams"),
                formWidget<QTableWidget>(dialog, "tableWidgetJigglerSpeed"),
                formWidget<QTableWidget>(dialog, "tableWidgetNovalumParams"),
                formWidget<QTableWidget>(dialog, "tableWidgetNovalumParams2")},
+      m_buttons(dialog, {"pushButtonGetSystemConfigData", "pushButtonSetSystemConfigData",
+                         "pushButtonLoadSystemConfigData", "pushButtonSaveSystemConfigData"}),
       m_necselTemperature(formWidget<QLabel>(dialog, "labelNecselTemp")),
       m_necselCurrent(formWidget<QLabel>(dialog, "labelNecselCurrent")),
       m_novalumTemperature1(formWidget<QLabel>(dialog, "labelNovalumTempS1")),
@@ -83,10 +81,6 @@ SystemConfigPage::SystemConfigPage(QWidget& dialog)
       m_laserFan(formWidget<QLabel>(dialog, "labelLaserFan")),
       m_heater(formWidget<QLabel>(dialog, "labelHeater"))
 {
-    for (const char* name : {"pushButtonGetSystemConfigData", "pushButtonSetSystemConfigData",
-                             "pushButtonLoadSystemConfigData", "pushButtonSaveSystemConfigData"}) {
-        m_buttons.append(formWidget<QPushButton>(dialog, name));
-    }
     for (QTableWidget* table : m_tables) {
         const bool wholeNumbers = table == &this->table(ConfigTable::Novalum);
         fitToFont(*table, wholeNumbers ? QStringLiteral("-32768") : QStringLiteral("-1.23457e-05"));
@@ -194,26 +188,6 @@ void SystemConfigPage::belongTo(int deviceNumber)
     }
     m_deviceNumber = deviceNumber;
     markKept(m_changeCount);
-}
-
-void SystemConfigPage::setButtonsEnabled(bool enabled)
-{
-    if (!enabled) {
-        QWidget* const focused = m_dialog.focusWidget();
-        m_focusBefore = m_buttons.contains(focused) ? focused : nullptr;
-        // A disabled button hands the focus to its neighbour, a table, where the next key would begin to
-        // replace a value.
-        if (m_focusBefore) {
-            m_tabs->setFocus();
-        }
-    }
-    for (QWidget* button : qAsConst(m_buttons)) {
-        button->setEnabled(enabled);
-    }
-    // Whoever went on to something else meanwhile is left there.
-    if (enabled && m_focusBefore && m_focusBefore->isVisible() && m_dialog.focusWidget() == m_tabs) {
-        m_focusBefore->setFocus();
-    }
 }
 
 void SystemConfigPage::showReadings(const Temperatures& readings)

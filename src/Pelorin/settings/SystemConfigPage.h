@@ -1,9 +1,9 @@
 #pragma once
 
 #include "settings/NovalumBlock.h"
+#include "settings/RestingButtons.h"
 #include "settings/SystemConfigFields.h"
 
-#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -72,13 +72,9 @@ private:
     QTableWidgetItem* item(const ConfigCell& cell) const;
     void fill(const SystemConfigTexts& texts);
     void dropTyping();
-    void setButtonsEnabled(bool enabled);
 
-    QWidget& m_dialog;
-    QWidget* m_tabs;
     std::array<QTableWidget*, 6> m_tables; ///< by ConfigTable
-    QList<QWidget*> m_buttons;
-    QPointer<QWidget> m_focusBefore;
+    RestingButtons m_buttons;
     QLabel* m_necselTemperature;
     QLabel* m_necselCurrent;
     QLabel* m_novalumTemperature1;

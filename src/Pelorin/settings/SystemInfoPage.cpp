@@ -1,6 +1,6 @@
 #include "settings/SystemInfoPage.h"
 
-#include "settings/FormWidgets.h"
+#include "forms/FormWidgets.h"
 
 #include <QLabel>
 #include <QLineEdit>

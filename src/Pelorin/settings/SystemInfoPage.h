@@ -46,10 +46,6 @@ public:
     /// Another one after each setWritten(): what was read before is no longer true.
     int writtenCount() const { return m_writtenCount; }
 
-    /// While it is being written, a click on the button is not another one.
-    void setWriting(bool writing) { m_writing = writing; }
-    bool isWriting() const { return m_writing; }
-
 private:
     struct Field ///< one that the service level can edit
     {
@@ -70,7 +66,6 @@ private:
     QWidget* m_setButton;
     int m_deviceNumber = 0;
     int m_writtenCount = 0;
-    bool m_writing = false;
     std::optional<ProductConfig> m_product; ///< as the device keeps it
     NecselControllerInfo m_controller;      ///< as the device told it last
 };

@@ -1,18 +1,10 @@
 #include "settings/TtlPage.h"
 
+#include "forms/FormWidgets.h"
 #include "mainwindow/ChannelTable.h"
-#include "settings/FormWidgets.h"
 
-#include <QCoreApplication>
 #include <QLabel>
 #include <QRadioButton>
-
-namespace {
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("TtlPage", text);
-}
-} // namespace
 
 TtlPage::TtlPage(const QWidget& dialog) : m_summary(formWidget<QLabel>(dialog, "labelTTLSummary"))
 {

@@ -2,6 +2,8 @@
 
 #include "device/DeviceTypes.h"
 
+#include <QCoreApplication>
+
 #include <array>
 
 class QLabel;
@@ -11,6 +13,8 @@ class QWidget;
 /// What a high TTL input does to each shutter. Channels count from 0.
 class TtlPage
 {
+    Q_DECLARE_TR_FUNCTIONS(TtlPage)
+
 public:
     /// Finds its widgets below @p dialog, which keeps them.
     explicit TtlPage(const QWidget& dialog);

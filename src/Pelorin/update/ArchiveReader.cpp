@@ -3,7 +3,6 @@
 #include <QRegularExpression>
 #include <QtEndian>
 
-#include <algorithm>
 #include <archive.h>
 #include <archive_entry.h>
 #include <array>

@@ -100,6 +100,16 @@ bool ArchiveUnpacking::readFile(const ArchiveReader::Member& member, const QStri
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         return fail(ArchiveStatus::CannotWrite, file.errorString());
     }
+    if (!copyContent(member, file, room)) {
+        return false;
+    }
+    m_members.push_back({file.fileName(), place});
+    m_files.insert(place);
+    return goesOn();
+}
+
+bool ArchiveUnpacking::copyContent(const ArchiveReader::Member& member, QFile& file, qint64 room)
+{
     qint64 size = 0;
     ArchiveReader::Block block;
     ArchiveReader::Result result = m_reader.nextBlock(block);
@@ -126,9 +136,7 @@ bool ArchiveUnpacking::readFile(const ArchiveReader::Member& member, const QStri
                     QStringLiteral("member of another size than told: ") + member.name);
     }
     m_bytes += size;
-    m_members.push_back({file.fileName(), place});
-    m_files.insert(place);
-    return goesOn();
+    return true;
 }
 
 bool ArchiveUnpacking::arePlacesFree()

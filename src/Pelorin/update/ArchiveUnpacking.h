@@ -32,6 +32,7 @@ private:
     bool readMembers();
     bool readMember(const ArchiveReader::Member& member);
     bool readFile(const ArchiveReader::Member& member, const QString& place);
+    bool copyContent(const ArchiveReader::Member& member, QFile& file, qint64 room);
     bool arePlacesFree();
     bool isWayFree(const Staged& member);
     bool isPlaceFree(const Staged& member);

@@ -2,6 +2,7 @@
 
 #include "QsLog2_1_0/QsLog.h"
 #include "device/Device.h"
+#include "device/Records.h"
 #include "update/UpdateResult.h"
 
 #include <QElapsedTimer>
@@ -25,7 +26,7 @@ constexpr std::chrono::milliseconds paintEvery{20};
 /// The command that writes a line of an image.
 QByteArray writeCommand(const QByteArray& line)
 {
-    QByteArray command = "wf:" + line;
+    QByteArray command = Records::writePrefix + line;
     // The last line of a file may lack its end, and the device waits for one.
     if (!line.endsWith('\n')) {
         command += '\n';
@@ -40,7 +41,7 @@ int sendLine(Device& device, const QByteArray& line)
 {
     QString reply;
     const int code = device.transaction(writeCommand(line), reply);
-    const bool isWritten = code == DeviceResult::Ok && reply.contains(QLatin1String("Wrote"));
+    const bool isWritten = code == DeviceResult::Ok && Records::tellsWrote(reply);
     if (!isWritten) {
         QS_ERROR() << "FLASH line not written:" << line << "result" << code << "reply" << reply;
     }

@@ -31,7 +31,7 @@ void returnTo(QWidget* starter, const QWidget* mainWindow)
 }
 } // namespace
 
-Update::Run::Run(Update& update)
+Update::InProgress::InProgress(Update& update)
 {
     if (!update.m_inProgress) {
         update.m_inProgress = true;
@@ -41,7 +41,7 @@ Update::Run::Run(Update& update)
     }
 }
 
-Update::Run::~Run()
+Update::InProgress::~InProgress()
 {
     if (m_update) {
         m_update->m_inProgress = false;
@@ -52,6 +52,11 @@ Update::Run::~Run()
 Update::Update(QWidget* topLevelWindow, QSettings* store)
     : QObject(topLevelWindow), m_store(store), m_extractor(std::make_shared<ArchiveExtractor>())
 {
+}
+
+QString Update::inProgressText()
+{
+    return tr("Firmware update in progress.");
 }
 
 bool Update::refusesAction()
@@ -67,7 +72,7 @@ void Update::firmwareUpdate(Device* device)
     if (m_inProgress) {
         return;
     }
-    const Run run(*this);
+    const InProgress inProgress(*this);
     const QPointer<QWidget> starter(QApplication::activeWindow());
     const QPointer<QWidget> mainWindow(window());
     m_device = device;

@@ -23,13 +23,13 @@ class Update : public QObject
 public:
     /// Marks the update as in progress for as long as it lives, whichever way the run ends. Only the
     /// outermost of several tells of the end.
-    class Run
+    class InProgress
     {
     public:
-        explicit Run(Update& update);
-        ~Run();
-        Run(const Run&) = delete;
-        Run& operator=(const Run&) = delete;
+        explicit InProgress(Update& update);
+        ~InProgress();
+        InProgress(const InProgress&) = delete;
+        InProgress& operator=(const InProgress&) = delete;
 
     private:
         QPointer<Update> m_update;
@@ -38,6 +38,8 @@ public:
     Update(QWidget* topLevelWindow, QSettings* store);
 
     bool isInProgress() const { return m_inProgress; }
+    /// What the user is told while a run is in progress.
+    static QString inProgressText();
     /// For whoever is about to use the line: true, and actionRefused() is emitted, while a run has it.
     bool refusesAction();
 

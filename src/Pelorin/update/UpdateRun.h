@@ -7,8 +7,6 @@
 #include <QPointer>
 #include <QString>
 
-#include <memory>
-
 class Device;
 class QMessageBox;
 class QWidget;

@@ -46,8 +46,10 @@ press() { timeout 30 xdotool windowactivate --sync "$1" key "$2"; }
 # Opens the window, reads the manual by F1 and closes the window by its frame.
 use_window() {
   local frames program main help
-  openbox >"$work/frames" 2>&1 &
+  # A window that is shown while the window manager starts may never be: the program is the faster one.
+  openbox --startup "touch $work/framing" >"$work/frames" 2>&1 &
   frames=$!
+  timeout 30 sh -c 'until [ -e "$1" ]; do sleep 0.1; done' sh "$work/framing" || fail "openbox does not start."
   run_program VYR -diag >"$work/window" 2>&1 &
   program=$!
   main=$(window '^VYR') || fail "VYR shows no window: $(cat "$work/window")"

@@ -4,7 +4,6 @@ import argparse
 import pathlib
 import re
 import shutil
-import signal
 import sys
 import time
 import traceback
@@ -12,14 +11,12 @@ import traceback
 from .desk import Desk
 from .hands import Hands
 from .programs import Program, Simulator, kill_all
-from .reader import Reader
+from .reader import Accessibility, Reader
 from .waiting import Unexpected, check, wait_for
 
 CLOSING = "alt+F4"  # of the window manager
 # A window that closes while the window manager still moves it about is asked for its place once too often.
 X_RACE = r"qt\.qpa\.xcb: QXcbConnection: XCB error: 3 \(BadWindow\)"
-# A program that starts just when the accessibility bus answers somebody else may stay dumb; Qt asks once.
-STARTS = 6
 LOG_FILE = "Documents/Tarnwick/VYR/VYR_Log.txt"
 
 
@@ -60,21 +57,18 @@ class Day:
     def start(self, name, *arguments):
         """A program with windows; `reader` reads them from now on. It finds the simulator's port on its USB."""
         tmp = self.desk.environment["TMPDIR"]
-        environment = {"LD_PRELOAD": str(self._tools / "libusb_ports.so"), "VYR_TEST_PORTS": tmp + "/vyr-*/tty*"}
+        bus = self.desk.start_session_bus()
         # The sanitizers' library wants to be the first one; that it comes second does no harm.
         options = self.desk.environment.get("ASAN_OPTIONS", "")
-        environment["ASAN_OPTIONS"] = ":".join(filter(None, [options, "verify_asan_link_order=0"]))
-        for _ in range(STARTS):
-            program = Program(self.desk, self._folder / name, *arguments, environment=environment)
-            self._running.append(program)
-            try:
-                self.reader = Reader(self.desk.accessibility, program.process)
-                return program
-            except Unexpected:
-                check(program.runs(), f"{name} runs", "\n".join(program.errors[-20:]))
-                program.send(signal.SIGTERM)
-                program.expect_end(-signal.SIGTERM)
-        raise Unexpected(f"{name} shows nothing to a screen reader, {STARTS} times")
+        environment = {"LD_PRELOAD": str(self._tools / "libusb_ports.so"), "VYR_TEST_PORTS": tmp + "/vyr-*/tty*",
+                       "ASAN_OPTIONS": ":".join(filter(None, [options, "verify_asan_link_order=0"])),
+                       "DBUS_SESSION_BUS_ADDRESS": bus}
+        program = Program(self.desk, self._folder / name, *arguments, environment=environment)
+        self._running.append(program)
+        wait_for(lambda: self.desk.shows_window_of(program.process), f"{name} shows a window",
+                 seen=lambda: "\n".join(program.errors[-20:]))
+        self.reader = Reader(Accessibility(bus), program.process)
+        return program
 
     def close(self, program, title):
         """Closes the window by the window manager's key; the program ends well."""

@@ -1,4 +1,4 @@
-"""A desktop of its own: X server, window manager, session bus and home, with nothing of the user's in it."""
+"""A desktop of its own: X server, window manager, session buses and home, with nothing of the user's in it."""
 
 import os
 import pathlib
@@ -8,7 +8,6 @@ import subprocess
 import tempfile
 import uuid
 
-from .reader import Accessibility
 from .waiting import Unexpected, wait_for
 
 SCREEN = "1600x1200x24"
@@ -27,12 +26,8 @@ class Desk:
         self._services = []
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="vyr-day-"))
         self.environment = self._environment()
-        # Before there is a display: on one, the accessibility bus would be told in two ways at once, which
-        # some programs answer by registering at none.
-        self._start_bus()
         self._start_display()
-        self._start("openbox", "--sm-disable")
-        self.accessibility = Accessibility(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self._start_window_manager()
 
     def _environment(self):
         environment = dict(os.environ)
@@ -50,10 +45,9 @@ class Desk:
         return environment
 
     def _start(self, *command, **options):
-        log = open(self.results / (pathlib.Path(command[0]).name + ".log"), "wb")
-        service = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=log,
-                                   stderr=subprocess.STDOUT, **options)
-        log.close()
+        with open(self.results / (pathlib.Path(command[0]).name + ".log"), "ab") as log:
+            service = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=log,
+                                       stderr=subprocess.STDOUT, **options)
         self._services.append(service)
         return service
 
@@ -73,9 +67,28 @@ class Desk:
                                      "-displayfd", option="{}")
         self.environment["DISPLAY"] = ":" + number
 
-    def _start_bus(self):
-        address = self._start_telling("dbus-daemon", "--session", "--nofork", option="--print-address={}")
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+    def _start_window_manager(self):
+        """A window that is shown while the window manager starts may never be."""
+        ready = self.home / "framing"
+        self._start("openbox", "--sm-disable", "--startup", f"touch {ready}")
+        wait_for(ready.exists, "a window manager that frames windows")
+
+    def start_session_bus(self):
+        """Starts a session bus and returns its address. What it activates knows nothing of the display.
+
+        On a display, the accessibility bus would leave its address there as well, and a later program would
+        go to that of an earlier one.
+        """
+        display = self.environment.pop("DISPLAY")
+        try:
+            return self._start_telling("dbus-daemon", "--session", "--nofork", option="--print-address={}")
+        finally:
+            self.environment["DISPLAY"] = display
+
+    def shows_window_of(self, process):
+        search = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(process)], env=self.environment,
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False, timeout=30)
+        return bool(search.stdout.strip())
 
     def take_screenshot(self, name):
         subprocess.run(["import", "-window", "root", str(self.results / (name + ".png"))],

@@ -2,7 +2,7 @@
 
 from gi.repository import Gio, GLib
 
-from .waiting import Unexpected, wait_for
+from .waiting import wait_for
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 COMPONENT = "org.a11y.atspi.Component"
@@ -14,7 +14,6 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 ACTIVE, CHECKED, ENABLED, FOCUSED, SELECTED, SHOWING = 1, 4, 8, 12, 23, 25
 CALL_TIMEOUT_MS = 10000
 GONE = "null"
-START_SECONDS = 8
 REGISTRY = "org.a11y.atspi.Registry"
 ROOT = "/org/a11y/atspi/accessible/root"
 
@@ -128,7 +127,11 @@ class Widget:
 
 
 class Accessibility:
-    """The accessibility bus of a desktop. It must be up before a program looks for it, once, at its start."""
+    """The accessibility bus of a session, which starts with this.
+
+    A program must be up before: one that finds the bus at its start registers before it is connected, and
+    never again.
+    """
 
     def __init__(self, session_address):
         session = _connect(session_address)
@@ -164,7 +167,7 @@ class Reader:
     def __init__(self, accessibility, process):
         self._known = {}
         self.application = wait_for(lambda: accessibility.application(process),
-                                    f"process {process} on the accessibility bus", START_SECONDS)
+                                    f"process {process} on the accessibility bus")
 
     def titles(self):
         return [window.name for window in self.application.children if window.has(SHOWING)]

@@ -1,4 +1,4 @@
-#include "device/OpenFailure.h"
+#include "device/FailedOpening.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,7 +10,7 @@ using Error = QSerialPort::SerialPortError;
 Q_DECLARE_METATYPE(OpenFailure)
 
 /// What is made of an attempt to open a port: the facts are given, so that no right of the user matters.
-class tst_OpenFailure : public QObject
+class tst_FailedOpening : public QObject
 {
     Q_OBJECT
 
@@ -24,7 +24,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_OpenFailure::causes_data()
+void tst_FailedOpening::causes_data()
 {
     QTest::addColumn<QSerialPort::SerialPortError>("error");
     QTest::addColumn<QString>("errorString");
@@ -61,7 +61,7 @@ void tst_OpenFailure::causes_data()
     row("nothing said", QSerialPort::NoError, {}, true, true, other);
 }
 
-void tst_OpenFailure::causes()
+void tst_FailedOpening::causes()
 {
     QFETCH(const QSerialPort::SerialPortError, error);
     QFETCH(const QString, errorString);
@@ -71,7 +71,7 @@ void tst_OpenFailure::causes()
     QCOMPARE(int((FailedOpening{error, errorString, exists, accessible}.cause())), int(cause));
 }
 
-void tst_OpenFailure::fileOfThePort_data()
+void tst_FailedOpening::fileOfThePort_data()
 {
     QTest::addColumn<QString>("portName");
     QTest::addColumn<bool>("exists");
@@ -91,7 +91,7 @@ void tst_OpenFailure::fileOfThePort_data()
     QTest::newRow("unknown name") << QStringLiteral("ttyNowhere9") << false << false;
 }
 
-void tst_OpenFailure::fileOfThePort()
+void tst_FailedOpening::fileOfThePort()
 {
     QFETCH(const QString, portName);
     const FailedOpening attempt =
@@ -102,5 +102,5 @@ void tst_OpenFailure::fileOfThePort()
     QCOMPARE(attempt.errorString, QStringLiteral("words"));
 }
 
-QTEST_GUILESS_MAIN(tst_OpenFailure)
-#include "tst_OpenFailure.moc"
+QTEST_GUILESS_MAIN(tst_FailedOpening)
+#include "tst_FailedOpening.moc"

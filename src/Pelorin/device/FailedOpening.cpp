@@ -1,4 +1,4 @@
-#include "device/OpenFailure.h"
+#include "device/FailedOpening.h"
 
 #include <QDir>
 #include <QFileInfo>
