@@ -7,13 +7,13 @@ display_packages=(xvfb xauth fonts-dejavu-core)
 test_packages=(7zip) # packs the archives that the tests unpack
 # A desktop to use the programs on from outside: its bus, its window manager, mouse and keyboard, pictures.
 system_test_packages=(python3 python3-gi at-spi2-core dbus dbus-daemon openbox xdotool imagemagick)
-check_packages=(git clang-format clang-tidy clazy)
-# dpkg-dev finds out what the package depends on; the rest judges it and installs it in a throw-away Debian.
-package_packages=(dpkg-dev file gzip)
+check_packages=(git clang-format clang-tidy clazy shellcheck pyflakes3 procps)
+package_packages=(dpkg-dev file gzip) # dpkg-dev finds out what the package depends on
+# They judge the package and install it in a throw-away Debian.
 package_test_packages=(lintian desktop-file-utils appstream man-db mmdebstrap xvfb xauth xdotool openbox)
 benchmark_packages=(libspdlog-dev srecord)
 qt6_packages=(qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins qt6-serialport-dev)
-picture_packages=(pngquant)
+picture_packages=(pngquant imagemagick)
 clang_packages=(clang libclang-rt-dev llvm)
 
 # install_packages NAME...: installs the named packages that are not there yet.
