@@ -358,6 +358,7 @@ void tst_DialogAtWork::typeLine(const QString& text) const
 
 void tst_DialogAtWork::terminal()
 {
+    waitForReadings();
     QVERIFY(m_hand->clickTab(serviceTab));
     QTRY_COMPARE(m_window->device()->waitWhileBusy(), 0);
     illuminator().setFault(QStringLiteral("Over temperature"));
@@ -375,6 +376,7 @@ void tst_DialogAtWork::terminal()
 
 void tst_DialogAtWork::terminalIsSilentDuringAnUpdate()
 {
+    waitForReadings();
     QVERIFY(m_hand->clickTab(serviceTab));
     QTRY_COMPARE(m_window->device()->waitWhileBusy(), 0);
     m_lines->clear();
