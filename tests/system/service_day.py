@@ -74,7 +74,8 @@ class ServiceDay:
     def chooses_the_port(self):
         said = len(self.vyr.errors)
         port = self.simulator.said_port()
-        box = self.day.reader.window(SETTINGS).find_role("combo box")
+        settings = self.day.reader.window(SETTINGS)
+        box = wait_for(lambda: settings.find_role("combo box"), "the choice of ports", seen=settings.outline)
         wait_until_equal(lambda: box.name, port, "the port shown")
         self.hands.click(box)
         self.hands.key("Return")
@@ -217,7 +218,7 @@ class ServiceDay:
         self.page("TTL Configuration")
         self.hands.key("F1")
         manual = self.day.reader.window("TTL Configuration - VYR Help")
-        page = manual.find("Manual page")
+        page = manual.await_widget("Manual page")
         wait_for(lambda: "TTL High Shutter" in page.text, "the page's text", seen=lambda: page.text[:200])
         self.hands.key("Escape")
         wait_for(lambda: not self.day.reader.has_window("TTL Configuration - VYR Help"), "the help closes")

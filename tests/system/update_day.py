@@ -65,7 +65,7 @@ class UpdateDay:
     def cancels_in_the_middle(self):
         self.choose_release()
         box = self.progress()
-        self.hands.click(box.find("Cancel", "push button"))
+        self.hands.click(box.await_widget("Cancel", "push button"))
         self.end_with("User canceled programming.")
         self.day.reader.window(SETTINGS)  # where it was begun
 

@@ -86,7 +86,7 @@ class Day:
         """Waits for a box with this text and clicks its button."""
         box = self.reader.box(text)
         check(box.labels == text, f"a box that says {text!r}", box.labels)
-        self.hands.click(box.find(button, "push button"))
+        self.hands.click(box.await_widget(button, "push button"))
         wait_for(lambda: not self.reader.is_there(box), "the box goes")
 
     def keep_what_was_seen(self):

@@ -106,6 +106,10 @@ class Widget:
                 return widget
         return None
 
+    def await_widget(self, name, role=None):
+        """Waits for it: a window is told of before all that stands in it."""
+        return wait_for(lambda: self.find(name, role), f"{role or 'widget'} {name!r}", seen=self.outline)
+
     @property
     def labels(self):
         """The texts of all labels in it, one per line."""
