@@ -14,7 +14,7 @@ package_test_packages=(lintian desktop-file-utils appstream man-db mmdebstrap xv
 benchmark_packages=(libspdlog-dev srecord)
 qt6_packages=(qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins qt6-serialport-dev)
 picture_packages=(pngquant imagemagick)
-clang_packages=(clang libclang-rt-dev llvm)
+clang_packages=(clang libclang-rt-dev lld llvm)
 
 # install_packages NAME...: installs the named packages that are not there yet.
 install_packages() {
