@@ -12,7 +12,7 @@ package_packages=(dpkg-dev file gzip) # dpkg-dev finds out what the package depe
 # They judge the package and install it in a throw-away Debian.
 package_test_packages=(lintian desktop-file-utils appstream man-db mmdebstrap xvfb xauth xdotool openbox)
 benchmark_packages=(libspdlog-dev srecord)
-qt6_packages=(qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins qt6-serialport-dev)
+qt6_packages=(lld qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins qt6-serialport-dev)
 picture_packages=(pngquant imagemagick)
 clang_packages=(clang libclang-rt-dev lld llvm)
 
